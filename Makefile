@@ -1,0 +1,28 @@
+# Two commands for a new user: `make run` and `make test`. Plain `make` builds the Release
+# binaries build/kovrel and build/kovrel-perft.
+BUILD := build
+JOBS := $(shell nproc 2>/dev/null || echo 2)
+
+.PHONY: all run test configure format check-format clean
+
+all: configure
+	cmake --build $(BUILD) --target kovrel kovrel-perft -j $(JOBS)
+
+configure:
+	@test -f $(BUILD)/CMakeCache.txt || cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release
+
+run: all
+	./$(BUILD)/kovrel
+
+test: configure
+	cmake --build $(BUILD) -j $(JOBS)
+	cd $(BUILD) && ctest --output-on-failure -LE perft-deep -j $(JOBS)
+
+format:
+	clang-format -i $$(git ls-files '*.cpp' '*.h')
+
+check-format:
+	clang-format --dry-run --Werror $$(git ls-files '*.cpp' '*.h')
+
+clean:
+	rm -rf $(BUILD)

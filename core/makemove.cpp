@@ -1,0 +1,167 @@
+#include "core/makemove.h"
+
+#include "core/keys.h"
+#include "eval/values.h"
+
+// Moves the rook of a castling king from its corner file to the square beside the king.
+static void castleRookOut(PositionKey& key, Side side, Position& pos, PieceLists& lists,
+                          int32_t cornerFile, int32_t rookFile, int32_t rank) {
+    PieceCode rookCode = rook * side;
+    int32_t to = squareIndex(rookFile, rank);
+    int32_t from = squareIndex(cornerFile, rank);
+    pos.squares[to] = rookCode;
+    key ^= pieceSquareKeys[keyKind(rookCode)][to];
+    pos.squares[from] = 0;
+    key ^= pieceSquareKeys[keyKind(rookCode)][from];
+    lists.slotOf[to] = lists.slotOf[from];
+    lists.slots[sideIndex(side)][lists.slotOf[to]][0] = rookFile;
+}
+
+// Castling rights lost on the board as it now stands: a right stays only while its corner
+// still holds the side's own rook.
+static int32_t rightsAfter(const Position& pos, int32_t rights, Side side) {
+    if (rights == 0) return 0;
+    int32_t home = side > 0 ? 0 : 7;
+    PieceCode ownRook = rook * side;
+    if (pos.squares[squareIndex(0, home)] != ownRook) rights &= kingSideCastling;
+    if (pos.squares[squareIndex(7, home)] != ownRook) rights &= queenSideCastling;
+    return rights;
+}
+
+void makeMove(PositionKey& key, Side side, Position& pos, PieceLists& lists, int32_t fromFile,
+              int32_t fromRank, int32_t toFile, int32_t toRank, int32_t promotion,
+              Material& material, int32_t& capturedSlot) {
+    const int32_t oldWhiteCastling = pos.whiteCastling;
+    const int32_t oldBlackCastling = pos.blackCastling;
+    const int32_t oldEnPassant = pos.enPassant;
+    int32_t newEnPassant = 0;
+    const int32_t from = squareIndex(fromFile, fromRank);
+    const int32_t to = squareIndex(toFile, toRank);
+    const int32_t own = sideIndex(side);
+    const int32_t enemy = 1 - own;
+    const int32_t kind = side * pos.squares[from];
+
+    // Ordinary capture: the enemy piece on the target square leaves the board.
+    const PieceCode victim = pos.squares[to];
+    if (victim != 0) {
+        key ^= pieceSquareKeys[keyKind(victim)][to];
+        material.sum[enemy] -= pieceValue[-side * victim];
+        capturedSlot = lists.slotOf[to];
+        lists.slots[enemy][capturedSlot][0] = -1;
+    }
+
+    if (kind == pawn) {
+        if (victim == 0 && toFile != fromFile) {
+            // En passant: the enemy pawn beside the from square is taken.
+            const int32_t passed = squareIndex(toFile, fromRank);
+            pos.squares[passed] = 0;
+            key ^= pieceSquareKeys[keyKind(-side)][passed];
+            material.sum[enemy] -= pieceValue[pawn];
+            capturedSlot = lists.slotOf[passed];
+            lists.slots[enemy][capturedSlot][0] = -1;
+        }
+        if (toRank == 0 || toRank == 7) {
+            pos.squares[to] = side * promotion;
+            key ^= pieceSquareKeys[keyKind(side * promotion)][to];
+            material.sum[own] += pieceValue[promotion] - pieceValue[pawn];
+        } else {
+            pos.squares[to] = side;
+            key ^= pieceSquareKeys[keyKind(side)][to];
+        }
+        if ((toRank - fromRank) * side == 2) newEnPassant = (toFile + 1) * side;
+        pos.squares[from] = 0;
+        key ^= pieceSquareKeys[keyKind(side)][from];
+    } else if (kind == king) {
+        setKingSquare(pos, side, toFile, toRank);
+        if (toFile - fromFile == 2) castleRookOut(key, side, pos, lists, 7, 5, toRank);
+        if (toFile - fromFile == -2) castleRookOut(key, side, pos, lists, 0, 3, toRank);
+        const PieceCode code = king * side;
+        pos.squares[to] = code;
+        key ^= pieceSquareKeys[keyKind(code)][to];
+        pos.squares[from] = 0;
+        key ^= pieceSquareKeys[keyKind(code)][from];
+        castlingOf(pos, side) = 0;
+    } else {
+        const PieceCode code = kind * side;
+        pos.squares[to] = code;
+        key ^= pieceSquareKeys[keyKind(code)][to];
+        pos.squares[from] = 0;
+        key ^= pieceSquareKeys[keyKind(code)][from];
+    }
+
+    // The moving piece keeps its slot.
+    const int32_t slot = lists.slotOf[from];
+    lists.slotOf[to] = slot;
+    lists.slots[own][slot][0] = toFile;
+    lists.slots[own][slot][1] = toRank;
+
+    // Castling rights follow the rooks on their corners, for both sides.
+    pos.whiteCastling = rightsAfter(pos, pos.whiteCastling, white);
+    pos.blackCastling = rightsAfter(pos, pos.blackCastling, black);
+    if (pos.whiteCastling != oldWhiteCastling) {
+        if (oldWhiteCastling != 0) key ^= castlingKey(white, oldWhiteCastling);
+        if (pos.whiteCastling != 0) key ^= castlingKey(white, pos.whiteCastling);
+    }
+    if (pos.blackCastling != oldBlackCastling) {
+        if (oldBlackCastling != 0) key ^= castlingKey(black, oldBlackCastling);
+        if (pos.blackCastling != 0) key ^= castlingKey(black, pos.blackCastling);
+    }
+
+    pos.enPassant = newEnPassant;
+    if (newEnPassant != oldEnPassant) {
+        if (oldEnPassant != 0) key ^= enPassantKey(oldEnPassant);
+        if (newEnPassant != 0) key ^= enPassantKey(newEnPassant);
+    }
+}
+
+// Moves a castled rook back to its corner.
+static void castleRookBack(Side side, Position& pos, PieceLists& lists, int32_t rookFile,
+                           int32_t cornerFile, int32_t rank) {
+    const int32_t at = squareIndex(rookFile, rank);
+    const int32_t corner = squareIndex(cornerFile, rank);
+    pos.squares[at] = 0;
+    pos.squares[corner] = rook * side;
+    lists.slotOf[corner] = lists.slotOf[at];
+    lists.slots[sideIndex(side)][lists.slotOf[corner]][0] = cornerFile;
+}
+
+void unmakeMove(Side side, Position& pos, PieceLists& lists, int32_t fromFile, int32_t fromRank,
+                int32_t toFile, int32_t toRank, int32_t promotion, PieceCode capturedCode,
+                int32_t capturedSlot) {
+    const int32_t from = squareIndex(fromFile, fromRank);
+    const int32_t to = squareIndex(toFile, toRank);
+    const int32_t own = sideIndex(side);
+    const int32_t enemy = 1 - own;
+
+    if (promotion != 0) pos.squares[to] = side;
+    const int32_t kind = side * pos.squares[to];
+
+    if (kind == pawn) {
+        if (capturedCode == 0 && toFile != fromFile) {
+            const int32_t passed = squareIndex(toFile, fromRank);
+            pos.squares[passed] = -side;
+            lists.slotOf[passed] = capturedSlot;
+            lists.slots[enemy][capturedSlot][0] = toFile;
+            lists.slots[enemy][capturedSlot][1] = fromRank;
+        }
+        pos.squares[from] = side;
+    } else if (kind == king) {
+        setKingSquare(pos, side, fromFile, fromRank);
+        if (toFile - fromFile == 2) castleRookBack(side, pos, lists, 5, 7, toRank);
+        if (toFile - fromFile == -2) castleRookBack(side, pos, lists, 3, 0, toRank);
+        pos.squares[from] = king * side;
+    } else {
+        pos.squares[from] = pos.squares[to];
+    }
+    const int32_t slot = lists.slotOf[to];
+    lists.slotOf[from] = slot;
+    lists.slots[own][slot][0] = fromFile;
+    lists.slots[own][slot][1] = fromRank;
+
+    pos.squares[to] = capturedCode;
+    if (capturedCode != 0) {
+        lists.slotOf[to] = capturedSlot;
+        lists.slots[enemy][capturedSlot][0] = toFile;
+        lists.slots[enemy][capturedSlot][1] = toRank;
+    }
+}

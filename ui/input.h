@@ -1,0 +1,26 @@
+// The program's own reader of standard input. It reads descriptor 0 into its own buffer (no
+// stdio read-ahead), so that the interruption poll can tell whether unread input is waiting.
+#pragma once
+
+#include <cstdint>
+
+// Size of the buffer an input word is read into; longer words are cut to inputWordSize - 1
+// characters and the rest of the word is discarded.
+constexpr int32_t inputWordSize = 512;
+
+// Reads the next whitespace-separated word into `word` (inputWordSize bytes). Returns false at
+// the end of input (or on a read error), with `word` empty.
+bool readWord(char* word);
+
+// Reads a decimal number the way "%ld" does, as the next word or the start of it: blanks are
+// skipped, then an optional sign and digits. When no number follows, nothing but the blanks is
+// consumed and false is returned. Values beyond the range of long are clamped.
+bool readLong(long& value);
+
+// True when input is waiting: bytes that the reader has buffered and not yet used, or bytes on
+// descriptor 0 that a read would return without blocking (also true at end of input or when the
+// question cannot be answered).
+bool inputWaiting();
+
+// Forgets any buffered input and the end-of-input state (for tests).
+void resetInput();

@@ -1,0 +1,265 @@
+#include "ui/loop.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "core/keys.h"
+#include "core/makemove.h"
+#include "core/movegen.h"
+#include "core/movetext.h"
+#include "eval/material.h"
+#include "search/book.h"
+#include "search/settings.h"
+#include "search/transtable.h"
+#include "ui/commands.h"
+#include "ui/gameend.h"
+#include "ui/input.h"
+#include "ui/interrupt.h"
+
+// Width the option summary's lines are padded to.
+constexpr int summaryWidth = 78;
+
+// Lines of the -? option summary, after its title and blank line.
+constexpr const char* optionSummary[] = {
+    "Command line options (\"Readme.txt\" for more info):",
+    " -xboard : put Kovrel in X-/WinBoard or ICS mode.",
+    " -hash#n : use 2^n entries in two hashtables.",
+    " -easy   : Kovrel is fixed in easy mode (no pondering).",
+    " -hard   : Kovrel is fixed in hard mode (pondering).",
+    " -mvnw   : enable 'move now!' feature, recommended with X-/WinBoard.",
+    " -nobk   : disable the openings book.",
+    " -crbk   : create the openings book.",
+};
+
+void resetGameState(GameState& game) {
+    std::memset(&game, 0, sizeof game);
+    setInitialPosition(game.position);
+    game.turn = white;
+    game.userSide = white;
+    game.startPosition.sideToMove = 0;
+    game.moveHistory[0] = endMark;
+    game.lastLegalIndex = -1;
+    game.pollFunction = pollInterruption;
+    game.totalTime = 3600;
+    game.bonusTime = 0;
+    game.sessionMoves = 0;
+    game.clockReset = 3595;
+    game.engineClock = game.clockReset;
+    game.loopState = loopWaiting;
+    game.xboardMode = 0;
+    game.ponderMode = 0;
+    game.xboardFixed = 0;
+    game.ponderFixed = 0;
+    fullWidthDepth = 24;
+    quiescenceDepth = 48;
+    interruptMode = 0;
+    bookEnabled = 1;
+    auto232Mode = 0;
+}
+
+static void printOptionSummary() {
+    std::printf("\nKovrel %s\n%*s\n", programVersion, summaryWidth, "");
+    for (const char* line : optionSummary)
+        std::printf("%-*s\n", summaryWidth, line);
+}
+
+// The -hash option: n read as a decimal number right after "hash". Outside 1..59 the tables
+// cannot be allocated, which start-up reports as an allocation failure.
+static void readHashOption(const char* afterPrefix) {
+    const char* number = afterPrefix + 4;
+    char* end = nullptr;
+    const long n = std::strtol(number, &end, 10);
+    if (end == number) return; // no number: hashBits keeps its value
+    hashBits = n >= minHashBits && n <= maxHashBits ? static_cast<int32_t>(n) : 0;
+}
+
+// Reads the options in the order given. An option is a word beginning with "-" or "/",
+// recognised by the first characters after that prefix; anything else is ignored. Returns true
+// when -mvnw was given.
+static bool readOptions(GameState& game, int argc, char** argv) {
+    bool moveNow = false;
+    for (int i = 1; i < argc; ++i) {
+        const char* word = argv[i];
+        if (word[0] != '-' && word[0] != '/') continue;
+        const char* name = word + 1;
+        if (std::strncmp(name, "?", 1) == 0 || std::strncmp(name, "help", 4) == 0) {
+            printOptionSummary();
+            game.loopState = loopQuit;
+        } else if (std::strncmp(name, "xboa", 4) == 0) {
+            game.xboardMode = 1;
+            game.xboardFixed = 1;
+            if (!game.ponderFixed) game.ponderMode = 1;
+        } else if (std::strncmp(name, "hard", 4) == 0) {
+            game.ponderMode = 1;
+            game.ponderFixed = 1;
+        } else if (std::strncmp(name, "easy", 4) == 0) {
+            game.ponderMode = 0;
+            game.ponderFixed = 1;
+        } else if (std::strncmp(name, "hash", 4) == 0) {
+            readHashOption(name);
+        } else if (std::strncmp(name, "mvnw", 4) == 0) {
+            moveNow = true;
+        } else if (std::strncmp(name, "nobk", 4) == 0) {
+            bookEnabled = 0;
+        } else if (std::strncmp(name, "crbk", 4) == 0) {
+            createBook();
+        }
+    }
+    return moveNow;
+}
+
+void startNewGame(GameState& game) {
+    std::printf("Kovrel %s\nnew game\n", programVersion);
+    clearSearchTables();
+    setInitialPosition(game.position);
+    game.startPosition.sideToMove = 0;
+    game.userSide = white;
+    game.turn = white;
+    game.plyCount = 0;
+    game.moveHistory[0] = endMark;
+    derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
+    game.keyCount = 0;
+    game.fiftyMoveCounter = 0;
+    auto232Mode = 0;
+    game.timeSurplus = 0;
+    game.ponderTime = 0;
+    game.loopState = loopWaiting;
+    game.engineClock = game.clockReset;
+}
+
+void playMove(GameState& game, const Move& move) {
+    game.moveHistory[game.plyCount] = move;
+    game.keyHistory[game.keyCount + 1] = game.keyHistory[game.keyCount];
+    ++game.keyCount;
+    const PieceCode target = game.position.squares[squareIndex(move.toFile, move.toRank)];
+    const PieceCode mover = game.position.squares[squareIndex(move.fromFile, move.fromRank)];
+    if (target == 0 && mover != game.turn * pawn) {
+        ++game.fiftyMoveCounter;
+    } else {
+        game.fiftyMoveCounter = 0; // a capture or pawn move (en passant included)
+    }
+    int32_t capturedSlot = 0;
+    makeMove(game.keyHistory[game.keyCount], game.turn, game.position, game.lists, move.fromFile,
+             move.fromRank, move.toFile, move.toRank, move.promotion, game.material, capturedSlot);
+    ++game.plyCount;
+    game.moveHistory[game.plyCount] = endMark;
+    if (game.plyCount == maxGamePlies) {
+        std::printf("%ld plies played, memory overflow!\n", static_cast<long>(maxGamePlies));
+        game.loopState = loopNewGame;
+    }
+}
+
+// The echo of the user's (or opponent's) move: "  1. e2e4 ", "  1. ... e7e5 " in the console,
+// without the dots in xboard mode.
+static void echoUserMove(const GameState& game, const Move& move) {
+    const MoveText text = moveText(move);
+    const long number = (game.plyCount + 2) / 2;
+    if (game.xboardMode) {
+        std::printf("%3ld. %s\n", number, text.text);
+    } else {
+        std::printf("%3ld. %s%s\n", number, game.plyCount % 2 ? "... " : "", text.text);
+    }
+}
+
+// The engine's move. The search that chooses it is not part of this program yet, so instead of
+// moving the engine stops playing, and says so; both sides' moves are then typed.
+static bool engineMove(GameState& game, Move& chosen) {
+    (void)chosen;
+    std::printf("Error (no search in this build): engine stops playing\n");
+    game.userSide = 0;
+    return false;
+}
+
+// Loop steps 3 to 5: reads words until one is a legal move (returned in `move`, loopState 1)
+// or a command sends the loop on. Returns false when standard input has ended.
+static bool readInput(GameState& game, Move& move) {
+    char word[inputWordSize];
+    for (;;) {
+        std::fflush(stdout);
+        if (!readWord(word)) return false;
+        game.loopState = loopWaiting;
+        if (game.lastLegalIndex != -1) {
+            const int32_t found = parseMoveInput(word, game.turn, game.position, game.legalMoves,
+                                                 game.lastLegalIndex);
+            if (found >= 0) {
+                game.loopState = loopMoved;
+                if (game.ponderMode == -1) {
+                    game.ponderMode = 1;
+                    if (found != game.lastSearchIndex) game.ponderTime = 0;
+                }
+                move = game.legalMoves.moves[found];
+                echoUserMove(game, move);
+                return true;
+            }
+        }
+        if (interpretCommand(game, word) == CommandEnd::nextCycle) return true;
+    }
+}
+
+void runCommandLoop(GameState& game) {
+    while (game.loopState <= loopMoved) {
+        // 1. The legal moves of the side to move, and the end of the game.
+        game.lastLegalIndex =
+            generateLegalMoves(game.turn, game.legalMoves, game.position, allMoves);
+        checkGameEnd(game);
+
+        // 2. The user's turn (or nobody's engine): read input. The engine's turn: it moves
+        //    when the last word asked for it.
+        Move move = endMark;
+        const bool userToMove = game.turn == game.userSide || game.userSide == 0;
+        if (userToMove || game.loopState != loopMoved) {
+            if (!readInput(game, move)) {
+                game.loopState = loopQuit; // end of input ends the program as quit does
+                break;
+            }
+        }
+
+        // 6. and 7. Play the user's move, or let the engine choose and play its own.
+        if (game.loopState == loopMoved && game.lastLegalIndex != -1) {
+            bool play = true;
+            if (game.turn + game.userSide == 0) play = engineMove(game, move);
+            if (play) {
+                playMove(game, move);
+                game.turn = -game.turn;
+            }
+        }
+
+        // 8. A new game after maxGamePlies; quit and fatal errors end the loop.
+        if (game.loopState == loopNewGame) startNewGame(game);
+    }
+}
+
+int runProgram(int argc, char** argv) {
+    // The key tables must be the first draws of the random source.
+    initPositionKeys();
+    fillMaterialScale();
+    static GameState game;
+    resetGameState(game);
+    installInterruptHandler();
+
+    const bool moveNow = readOptions(game, argc, argv);
+    interruptMode = moveNow ? -1 : game.ponderMode;
+    game.flipView = 0;
+    game.showPv = 0;
+
+    if (!allocateTranspositionTables()) {
+        std::printf("Error (not enough memory for hashtables): initialisation\n");
+        game.loopState = loopFatal;
+    }
+    if (!allocateHistoryTable()) {
+        std::printf("Error (not enough memory for history heuristic): initialisation\n");
+        game.loopState = loopFatal;
+    }
+
+    if (game.loopState <= loopNewGame) {
+        game.clockReset = 3595;
+        startNewGame(game);
+        runCommandLoop(game);
+    }
+
+    std::printf("exiting...\n");
+    std::fflush(stdout);
+    freeSearchTables();
+    return game.loopState == loopFatal ? -1 : 0;
+}

@@ -1,0 +1,21 @@
+// Start-up, the new-game reset and the command loop: the program's spine.
+#pragma once
+
+#include "ui/gamestate.h"
+
+// The whole program: start-up, options, tables, the loop and the ending. Returns the exit
+// status: -1 after a fatal error, 0 otherwise.
+int runProgram(int argc, char** argv);
+
+// Puts every field of the record and the program-wide settings to their values at program
+// start (before the options are read).
+void resetGameState(GameState& game);
+
+// The new-game reset: banner, cleared tables, start position, user plays White.
+void startNewGame(GameState& game);
+
+// Records and plays one legal move of game.turn; starts a new game after maxGamePlies.
+void playMove(GameState& game, const Move& move);
+
+// Cycles of the command loop until the program is to end (loopState 3 or 4).
+void runCommandLoop(GameState& game);
