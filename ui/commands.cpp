@@ -3,6 +3,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "ui/display.h"
+
 // What a command's handler asks of the loop afterwards.
 enum class Then {
     read,            // read the next word
@@ -27,6 +29,12 @@ static Then stopCommand(GameState& game) {
     return Then::readClearPonder;
 }
 
+// ev(al): the board, the last move and, in the console, the evaluation.
+static Then evalCommand(GameState& game) {
+    showEvaluation(game);
+    return Then::read;
+}
+
 // One command: the first characters that select it (the whole word when `alone`).
 struct Command {
     const char* prefix;
@@ -39,6 +47,7 @@ constexpr Command commandTable[] = {
     {"qu", false, quitCommand},
     {"st", false, stopCommand},
     {"fo", false, stopCommand},
+    {"ev", false, evalCommand},
 };
 
 static bool selects(const Command& command, const char* word) {

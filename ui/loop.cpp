@@ -35,6 +35,7 @@ constexpr const char* optionSummary[] = {
 void resetGameState(GameState& game) {
     std::memset(&game, 0, sizeof game);
     setInitialPosition(game.position);
+    derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
     game.turn = white;
     game.userSide = white;
     game.startPosition.sideToMove = 0;

@@ -8,7 +8,8 @@
 int runProgram(int argc, char** argv);
 
 // Puts every field of the record and the program-wide settings to their values at program
-// start (before the options are read).
+// start (before the options are read): the start position with its lists, material and key.
+// The key tables must be drawn first.
 void resetGameState(GameState& game);
 
 // The new-game reset: banner, cleared tables, start position, user plays White.

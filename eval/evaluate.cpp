@@ -1,0 +1,98 @@
+#include "eval/evaluate.h"
+
+#include <initializer_list>
+
+#include "eval/material.h"
+#include "eval/work.h"
+
+int32_t positionalTotal[2] = {0, 0};
+int64_t nodeCount = 0;
+
+// Material index of a side: its material besides the king in steps of 128.
+static int32_t materialIndex(int32_t sum) {
+    return (sum - 12000) / 128;
+}
+
+int32_t materialTerm(const Material& material) {
+    return materialScale[materialIndex(material.sum[1])] -
+           materialScale[materialIndex(material.sum[0])];
+}
+
+int32_t evaluate(const Material& material, const Position& pos, const PieceLists& lists, Side side,
+                 int32_t bound) {
+    ++nodeCount;
+    const int32_t m = materialTerm(material);
+    if (bound != 0) {
+        // Even the most favourable (or least favourable) estimate for White decides the bound.
+        if (2 * (m + lazyMargin) < bound) return m + lazyMargin;
+        if (2 * (m - lazyMargin) > bound) return m - lazyMargin;
+    }
+    evaluatePosition(pos, lists, side);
+    return m + positionalTotal[1] - positionalTotal[0];
+}
+
+// Settles the threats of the pass: the side to move saves its most threatened piece (unless it
+// is pinned) and loses the next one, or cashes its own largest threat and gives up its most
+// threatened piece.
+static void settleThreats(EvalWork& w) {
+    const int32_t mover = sideIndex(w.toMove);
+    const int32_t other = 1 - mover;
+    const int32_t t1 = w.threat1 / 2;
+    const int32_t t2 = w.threat2 / 2;
+    const int32_t m = w.otherThreat;
+    if (m == 0) {
+        if (t1 == 0) return;
+        w.total[other] += w.pinnedFlag[w.threat1Square] ? t1 : t2;
+        return;
+    }
+    if (t1 < m || t1 - m < t2 || w.pinnedFlag[w.threat1Square]) {
+        w.total[mover] += m;
+        w.total[other] += t1;
+    } else {
+        w.total[other] += t2;
+    }
+}
+
+void evaluatePosition(const Position& pos, const PieceLists& lists, Side side) {
+    EvalWork w;
+    for (int32_t sq = 0; sq < 64; ++sq) {
+        w.attackBalance[sq] = 0;
+        w.leastAttacker[sq][0] = noAttacker;
+        w.leastAttacker[sq][1] = noAttacker;
+        w.pinnedFlag[sq] = 0;
+    }
+    w.piecesPresent = 0;
+    w.toMove = side;
+    scorePlacementAndAttacks(w, pos, lists);
+
+    w.effectivePhase = w.piecesPresent ? gamePhase : 6;
+    w.kingSafetyWeight = w.piecesPresent && gamePhase <= 3 ? 7 - 2 * gamePhase : 0;
+    w.threat1 = 0;
+    w.threat2 = 0;
+    w.threat1Square = 0;
+    w.otherThreat = 0;
+    w.total[0] = 0;
+    w.total[1] = 0;
+    for (Side s : {black, white}) {
+        const int32_t(*list)[2] = lists.slots[sideIndex(s)];
+        for (int32_t slot = list[0][0]; slot >= 1; --slot) {
+            const int32_t f = list[slot][0];
+            if (f == -1) continue;
+            const int32_t r = list[slot][1];
+            switch (s * pos.squares[squareIndex(f, r)]) {
+            case pawn:
+                scorePawn(w, pos, s, f, r);
+                break;
+            case king:
+                scoreKing(w, pos, lists, s, f, r);
+                break;
+            default:
+                scorePiece(w, pos, s, f, r);
+                break;
+            }
+        }
+    }
+    settleThreats(w);
+    positionalTotal[0] = w.total[0];
+    positionalTotal[1] = w.total[1];
+}

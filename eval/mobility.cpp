@@ -1,0 +1,146 @@
+// Second pass of the evaluation for knights, bishops, rooks and queens (safe mobility), the
+// defence and threat step that pawns share, and the threat bookkeeping.
+#include "eval/values.h"
+#include "eval/work.h"
+
+namespace {
+
+// Bonus for the n-th safe move of a piece (counting from 0), in 1/1000 pawn.
+constexpr int32_t knightMobility[8] = {170, 60, 40, 20, 20, 15, 5, 5};
+constexpr int32_t bishopMobility[13] = {170, 50, 30, 10, 10, 4, 4, 4, 4, 2, 2, 2, 2};
+constexpr int32_t rookMobility[14] = {200, 90, 30, 20, 10, 10, 4, 4, 4, 4, 2, 2, 2, 2};
+// The queen counts each line (both directions of a diagonal, file or rank) on its own.
+constexpr int32_t queenLineMobility[7] = {90, 25, 10, 5, 1, 1, 1};
+
+// defenceWeight[kind]: bonus of a defended piece, divided by its cheapest defender's value
+// over 1000.
+constexpr int32_t defenceWeight[7] = {0, 50, 80, 80, 50, 25, 0};
+
+constexpr int32_t knightJumps[8][2] = {{1, 2}, {1, -2}, {-1, 2}, {-1, -2},
+                                       {2, 1}, {2, -1}, {-2, 1}, {-2, -1}};
+// The four lines through a square, as one direction of each; diagonals first.
+constexpr int32_t lineDirections[4][2] = {{1, 1}, {1, -1}, {1, 0}, {0, 1}};
+
+// Value of the enemy slider that stands first behind (f, r) looking in direction (df, dr) and
+// moves along that line (bishop or queen on a diagonal, rook or queen on a file or rank); -1
+// when there is none. It would x-ray through the square the piece leaves.
+int32_t sliderBehind(const Position& pos, Side side, int32_t f, int32_t r, int32_t df, int32_t dr) {
+    const bool diagonal = df != 0 && dr != 0;
+    for (int32_t tf = f + df, tr = r + dr; onBoard(tf, tr); tf += df, tr += dr) {
+        const int32_t seen = side * pos.squares[squareIndex(tf, tr)];
+        if (seen == 0) continue;
+        if (seen == -queen || seen == (diagonal ? -bishop : -rook)) return pieceValue[-seen];
+        return -1;
+    }
+    return -1;
+}
+
+// Whether the piece of value `value` may go to t (empty or enemy) without losing material:
+// where the side does not hold t in majority only a capture worth the piece is safe; where it
+// does, the enemy's cheapest attacker must be worth at least what the piece risks.
+bool safeMove(const EvalWork& w, const Position& pos, Side side, int32_t value, int32_t t,
+              int32_t behind) {
+    const int32_t seen = side * pos.squares[t];
+    const int32_t risk = value - (seen < 0 ? pieceValue[-seen] : 0);
+    const bool xray = behind >= 0;
+    if ((xray && behind < risk) || side * w.attackBalance[t] - (xray ? 1 : 0) <= 0)
+        return risk <= 0;
+    return risk <= w.leastAttacker[t][sideIndex(-side)];
+}
+
+// Safe moves of a slider along one direction, up to and including the first occupied square.
+int32_t safeMovesAlong(const EvalWork& w, const Position& pos, Side side, int32_t value, int32_t f,
+                       int32_t r, int32_t df, int32_t dr) {
+    const int32_t behind = sliderBehind(pos, side, f, r, -df, -dr);
+    int32_t count = 0;
+    for (int32_t tf = f + df, tr = r + dr; onBoard(tf, tr); tf += df, tr += dr) {
+        const int32_t t = squareIndex(tf, tr);
+        const int32_t seen = side * pos.squares[t];
+        if (seen > 0) break;
+        if (safeMove(w, pos, side, value, t, behind)) ++count;
+        if (seen < 0) break;
+    }
+    return count;
+}
+
+int32_t sumOfFirst(const int32_t* table, int32_t count) {
+    int32_t sum = 0;
+    for (int32_t i = 0; i < count; ++i)
+        sum += table[i];
+    return sum;
+}
+
+} // namespace
+
+void bookThreat(EvalWork& w, Side side, int32_t value, int32_t square) {
+    if (side != w.toMove) {
+        if (value > w.otherThreat) w.otherThreat = value;
+        return;
+    }
+    if (value > w.threat1) {
+        w.threat2 = w.threat1;
+        w.threat1 = value;
+        w.threat1Square = square;
+    } else if (value > w.threat2) {
+        w.threat2 = value;
+    }
+}
+
+void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, int32_t weight,
+                 bool trapped) {
+    const int32_t colour = sideIndex(side);
+    const int32_t enemy = 1 - colour;
+    const int32_t defender = w.leastAttacker[square][colour];
+    if (defender != noAttacker) w.squareValue[square] += weight * 1000 / defender;
+
+    const int32_t attacker = w.leastAttacker[square][enemy];
+    if (attacker != noAttacker) {
+        const int32_t value = pieceValue[kind];
+        int32_t loss;
+        if (side * w.attackBalance[square] < 0) {
+            // Attacked more often than defended.
+            loss = attacker <= defender ? value : value - attacker + defender;
+        } else {
+            // Held at least evenly: only an attacker cheaper than the piece wins something.
+            loss = value - attacker;
+        }
+        if (loss >= 1) {
+            w.total[enemy] += loss / hangingDivisor;
+            if (trapped) w.total[enemy] += loss / trappedDivisor;
+            bookThreat(w, side, loss / threatDivisor + w.squareValue[square], square);
+        }
+    }
+    w.total[colour] += w.squareValue[square];
+}
+
+void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32_t rank) {
+    const int32_t square = squareIndex(file, rank);
+    const int32_t kind = side * pos.squares[square];
+    const int32_t value = pieceValue[kind];
+    int32_t moves = 0;
+    if (kind == knight) {
+        for (const auto& jump : knightJumps) {
+            const int32_t tf = file + jump[0];
+            const int32_t tr = rank + jump[1];
+            if (!onBoard(tf, tr)) continue;
+            const int32_t t = squareIndex(tf, tr);
+            if (side * pos.squares[t] <= 0 && safeMove(w, pos, side, value, t, -1)) ++moves;
+        }
+        w.squareValue[square] += sumOfFirst(knightMobility, moves);
+    } else {
+        const bool diagonals = kind != rook;
+        const bool straights = kind != bishop;
+        for (int32_t line = 0; line < 4; ++line) {
+            if (line < 2 ? !diagonals : !straights) continue;
+            const int32_t df = lineDirections[line][0];
+            const int32_t dr = lineDirections[line][1];
+            const int32_t count = safeMovesAlong(w, pos, side, value, file, rank, df, dr) +
+                                  safeMovesAlong(w, pos, side, value, file, rank, -df, -dr);
+            if (kind == queen) w.squareValue[square] += sumOfFirst(queenLineMobility, count);
+            moves += count;
+        }
+        if (kind == bishop) w.squareValue[square] += sumOfFirst(bishopMobility, moves);
+        if (kind == rook) w.squareValue[square] += sumOfFirst(rookMobility, moves);
+    }
+    settlePiece(w, side, square, kind, defenceWeight[kind], moves == 0);
+}

@@ -1,0 +1,323 @@
+// First pass of the evaluation: every piece gets its base value (piece-square table, a bonus for
+// each piece it attacks or defends, batteries, pins, skewers and forks) while the attack map is
+// built for the second pass.
+#include <initializer_list>
+
+#include "eval/values.h"
+#include "eval/work.h"
+
+namespace {
+
+// Piece-square tables of White, drawn as a diagram (rank 8 first, files a to h), in 1/1000
+// pawn. Black's are these mirrored by rank, except the queen's, which has a table of its own.
+constexpr int32_t pawnDiagram[64] = {
+    -1, -1, -1, -1,  -1,  -1, -1, -1, //
+    0,  0,  0,  0,   0,   0,  0,  0,  //
+    0,  0,  20, 40,  40,  20, 0,  0,  //
+    0,  0,  60, 200, 200, 60, 0,  0,  //
+    0,  0,  40, 200, 200, 40, 0,  0,  //
+    0,  0,  20, 20,  20,  20, 0,  0,  //
+    0,  0,  0,  0,   0,   0,  0,  0,  //
+    -1, -1, -1, -1,  -1,  -1, -1, -1, //
+};
+constexpr int32_t knightDiagram[64] = {
+    0, 0,  0,  0,   0,   0,  0,  0, //
+    0, 10, 10, 10,  10,  10, 10, 0, //
+    0, 10, 80, 40,  40,  80, 10, 0, //
+    0, 10, 40, 100, 100, 40, 10, 0, //
+    0, 10, 40, 100, 100, 40, 10, 0, //
+    0, 10, 80, 40,  40,  80, 10, 0, //
+    0, 10, 10, 10,  10,  10, 10, 0, //
+    0, 0,  0,  0,   0,   0,  0,  0, //
+};
+constexpr int32_t bishopDiagram[64] = {
+    0,  0,   0,  0,  0,  0,  0,   0,  //
+    5,  10,  5,  0,  0,  5,  10,  5,  //
+    0,  10,  20, 10, 10, 20, 10,  0,  //
+    0,  0,   20, 55, 55, 20, 0,   0,  //
+    0,  0,   20, 90, 90, 20, 0,   0,  //
+    0,  25,  80, 40, 40, 80, 25,  0,  //
+    5,  100, 50, 0,  0,  50, 100, 5,  //
+    20, 10,  0,  0,  0,  0,  10,  20, //
+};
+constexpr int32_t rookDiagram[64] = {
+    80,  80,  80,  80,  80,  80,  80,  80,  //
+    100, 100, 100, 100, 100, 100, 100, 100, //
+    0,   0,   0,   10,  10,  0,   0,   0,   //
+    0,   0,   0,   20,  20,  0,   0,   0,   //
+    0,   0,   0,   30,  30,  0,   0,   0,   //
+    0,   0,   0,   40,  40,  0,   0,   0,   //
+    0,   0,   0,   50,  50,  0,   0,   0,   //
+    10,  20,  40,  60,  60,  40,  20,  10,  //
+};
+constexpr int32_t whiteQueenDiagram[64] = {
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    5,  10, 10, 10, 10, 10, 10, 5,  //
+    10, 15, 20, 20, 20, 20, 15, 10, //
+    0,  0,  0,  10, 0,  10, 0,  0,  //
+};
+constexpr int32_t blackQueenDiagram[64] = {
+    0,  0,  10, 10, 10, 10, 0,  0,  //
+    10, 15, 20, 20, 20, 20, 15, 10, //
+    5,  10, 10, 10, 10, 10, 10, 5,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+    0,  0,  0,  0,  0,  0,  0,  0,  //
+};
+constexpr int32_t kingDiagram[64] = {
+    0,  1,  2,  3,  3,  2,  1,  0,  //
+    11, 22, 23, 29, 29, 23, 22, 11, //
+    10, 19, 20, 25, 25, 20, 19, 10, //
+    9,  16, 17, 21, 21, 17, 16, 9,  //
+    7,  12, 13, 16, 16, 13, 12, 7,  //
+    4,  7,  8,  10, 10, 8,  7,  4,  //
+    1,  2,  3,  4,  4,  3,  2,  1,  //
+    0,  1,  2,  3,  3,  2,  1,  0,  //
+};
+
+// pieceSquareTable.value[kind][colour][file * 8 + rank], colour 0 Black, 1 White.
+struct PieceSquareTable {
+    int32_t value[7][2][64];
+};
+
+constexpr PieceSquareTable makePieceSquareTable() {
+    PieceSquareTable t{};
+    const int32_t* whiteDiagrams[7] = {nullptr,     pawnDiagram,       knightDiagram, bishopDiagram,
+                                       rookDiagram, whiteQueenDiagram, kingDiagram};
+    for (int32_t kind = pawn; kind <= king; ++kind) {
+        for (int32_t file = 0; file < 8; ++file) {
+            for (int32_t rank = 0; rank < 8; ++rank) {
+                const int32_t sq = file * 8 + rank;
+                t.value[kind][1][sq] = whiteDiagrams[kind][(7 - rank) * 8 + file];
+                t.value[kind][0][sq] = kind == queen ? blackQueenDiagram[(7 - rank) * 8 + file]
+                                                     : whiteDiagrams[kind][rank * 8 + file];
+            }
+        }
+    }
+    return t;
+}
+constexpr PieceSquareTable pieceSquareTable = makePieceSquareTable();
+
+// attackBonus[kind][6 + rel]: bonus of a piece of `kind` for a piece it attacks (rel -6..-1,
+// enemy king .. enemy pawn) or defends (rel 1..6, own pawn .. own king); rel 0, an empty square,
+// is never scored. The same for the side to move and the other side.
+constexpr int32_t attackBonus[7][13] = {
+    {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+    {25, 50, 40, 30, 35, 0, -1, 5, 15, 15, 8, 5, 0}, // pawn
+    {25, 40, 35, 10, 0, 5, -1, 3, 8, 8, 5, 3, 0},    // knight
+    {25, 40, 35, 0, 10, 5, -1, 3, 8, 8, 5, 3, 0},    // bishop
+    {25, 35, 0, 8, 3, 0, -1, 2, 6, 6, 4, 2, 0},      // rook
+    {25, 0, 1, 1, 5, 1, -1, 2, 4, 4, 3, 2, 0},       // queen
+    {-1, 0, 0, 0, 1, 1, -1, 1, 2, 2, 1, 1, -1},      // king
+};
+
+constexpr int32_t forkDivisor = 8;
+constexpr int32_t pinDivisor = 8;
+constexpr int32_t diagonalBatteryBonus = 30;
+constexpr int32_t lineBatteryBonus = 60;
+// A pin of a piece in front of one worth more than this above the pinner sets pinnedFlag.
+constexpr int32_t pinnedFlagMargin = 2999;
+
+constexpr int32_t knightJumps[8][2] = {{1, 2}, {1, -2}, {-1, 2}, {-1, -2},
+                                       {2, 1}, {2, -1}, {-2, 1}, {-2, -1}};
+constexpr int32_t diagonalRays[4][2] = {{1, 1}, {1, -1}, {-1, -1}, {-1, 1}};
+constexpr int32_t straightRays[4][2] = {{1, 0}, {0, -1}, {-1, 0}, {0, 1}};
+
+// The two largest values among the enemy pieces a piece attacks directly, starting from the
+// piece's own value: a fork counts when the second largest exceeds the attacker.
+struct TwoLargest {
+    int32_t largest;
+    int32_t second;
+};
+
+inline void keepTwoLargest(TwoLargest& t, int32_t value) {
+    if (value > t.largest) {
+        t.second = t.largest;
+        t.largest = value;
+    } else if (value > t.second) {
+        t.second = value;
+    }
+}
+
+struct Piece {
+    Side side;
+    int32_t colour;
+    int32_t kind;
+    int32_t value;
+    int32_t square;
+};
+
+inline void attack(EvalWork& w, const Piece& p, int32_t target) {
+    w.attackBalance[target] += p.side;
+    int32_t& least = w.leastAttacker[target][p.colour];
+    if (p.value < least) least = p.value;
+}
+
+// The attack bonus for the piece on `target` (which must be occupied), divided by `divisor`.
+inline int32_t bonusFor(const Position& pos, const Piece& p, int32_t target, int32_t divisor) {
+    return attackBonus[p.kind][6 + p.side * pos.squares[target]] / divisor;
+}
+
+void pawnPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r) {
+    int32_t forked = 0; // enemy pieces above a pawn's worth on the capture squares
+    int32_t smaller = pieceValue[king];
+    for (int32_t df : {1, -1}) {
+        const int32_t tf = f + df;
+        if (tf < 0 || tf > 7) continue;
+        const int32_t t = squareIndex(tf, r + p.side);
+        attack(w, p, t);
+        const int32_t seen = p.side * pos.squares[t];
+        if (seen == 0) continue;
+        w.squareValue[p.square] += bonusFor(pos, p, t, 1);
+        if (seen < -pawn) {
+            ++forked;
+            if (pieceValue[-seen] < smaller) smaller = pieceValue[-seen];
+        }
+    }
+    if (forked == 2) w.squareValue[p.square] += smaller / forkDivisor;
+}
+
+void knightPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r) {
+    TwoLargest attacked = {p.value, p.value};
+    for (const auto& jump : knightJumps) {
+        const int32_t tf = f + jump[0];
+        const int32_t tr = r + jump[1];
+        if (!onBoard(tf, tr)) continue;
+        const int32_t t = squareIndex(tf, tr);
+        attack(w, p, t);
+        const int32_t seen = p.side * pos.squares[t];
+        if (seen == 0) continue;
+        w.squareValue[p.square] += bonusFor(pos, p, t, 1);
+        if (seen < 0) keepTwoLargest(attacked, pieceValue[-seen]);
+    }
+    if (attacked.second > p.value) w.squareValue[p.square] += attacked.second / forkDivisor;
+    w.piecesPresent = 1;
+}
+
+// One ray of a bishop, rook or queen. It ends at its second blocker; battery pieces (a bishop or
+// queen right in front on a diagonal, rooks and queens in an unbroken row on a line) do not
+// block. Each occupied square after the first is scored at half the weight of the one before.
+void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r, int32_t df,
+               int32_t dr, bool diagonal, TwoLargest& attacked) {
+    int32_t divisor = 1;
+    int32_t blockers = 0;
+    int32_t firstEnemyValue = 0;
+    int32_t firstEnemySquare = -1;
+    for (int32_t tf = f + df, tr = r + dr; onBoard(tf, tr) && blockers < 2; tf += df, tr += dr) {
+        const int32_t t = squareIndex(tf, tr);
+        if (blockers == 0) {
+            w.attackBalance[t] += p.side;
+            if (divisor == 1) {
+                int32_t& least = w.leastAttacker[t][p.colour];
+                if (p.value < least) least = p.value;
+            }
+        }
+        const int32_t seen = p.side * pos.squares[t];
+        if (seen == 0) continue;
+        w.squareValue[p.square] += bonusFor(pos, p, t, divisor);
+        if (seen < 0) {
+            const int32_t enemyValue = pieceValue[-seen];
+            if (divisor == 1) {
+                keepTwoLargest(attacked, enemyValue);
+                firstEnemyValue = enemyValue;
+                firstEnemySquare = t;
+            } else if (divisor == 2 && firstEnemySquare >= 0 && enemyValue - p.value > 0) {
+                if (firstEnemyValue < enemyValue) {
+                    // A pin: the first enemy may not move without exposing the piece behind it.
+                    w.squareValue[p.square] += firstEnemyValue / pinDivisor;
+                    if (enemyValue - p.value > pinnedFlagMargin) w.pinnedFlag[firstEnemySquare] = 1;
+                } else {
+                    // A skewer: the first enemy moves away and the piece behind it falls.
+                    w.squareValue[p.square] += enemyValue / forkDivisor;
+                }
+            }
+            ++blockers;
+        } else if (diagonal) {
+            if (divisor == 1 && (seen == bishop || seen == queen)) {
+                w.squareValue[p.square] += diagonalBatteryBonus;
+            } else {
+                // The slider backs up the capture of an own pawn that stands in its way.
+                if (blockers == 0 && seen == pawn && dr == p.side && onBoard(tf + df, tr + dr))
+                    w.attackBalance[squareIndex(tf + df, tr + dr)] += p.side;
+                ++blockers;
+            }
+        } else {
+            if (blockers == 0 && (seen == rook || seen == queen)) {
+                w.squareValue[p.square] += lineBatteryBonus;
+            } else {
+                ++blockers;
+            }
+        }
+        divisor *= 2;
+    }
+}
+
+void sliderPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r) {
+    TwoLargest attacked = {p.value, p.value};
+    if (p.kind != rook) {
+        for (const auto& ray : diagonalRays)
+            sliderRay(w, pos, p, f, r, ray[0], ray[1], true, attacked);
+    }
+    if (p.kind != bishop) {
+        for (const auto& ray : straightRays)
+            sliderRay(w, pos, p, f, r, ray[0], ray[1], false, attacked);
+    }
+    if (attacked.second > p.value) w.squareValue[p.square] += attacked.second / forkDivisor;
+    w.piecesPresent = 1;
+}
+
+void kingPlacement(EvalWork& w, const Position& pos, const PieceLists& lists, const Piece& p,
+                   int32_t f, int32_t r) {
+    // A bare king (nothing else in its list) is worth more in the centre the less is left.
+    if (lists.slots[p.colour][0][0] == 1) w.squareValue[p.square] *= gamePhase * 16;
+    for (int32_t tf = f - 1; tf <= f + 1; ++tf) {
+        for (int32_t tr = r - 1; tr <= r + 1; ++tr) {
+            if ((tf == f && tr == r) || !onBoard(tf, tr)) continue;
+            const int32_t t = squareIndex(tf, tr);
+            attack(w, p, t);
+            if (pos.squares[t] != 0) w.squareValue[p.square] += bonusFor(pos, p, t, 1);
+        }
+    }
+}
+
+} // namespace
+
+void scorePlacementAndAttacks(EvalWork& w, const Position& pos, const PieceLists& lists) {
+    for (Side side : {black, white}) {
+        const int32_t colour = sideIndex(side);
+        const int32_t(*list)[2] = lists.slots[colour];
+        for (int32_t slot = list[0][0]; slot >= 1; --slot) {
+            const int32_t f = list[slot][0];
+            if (f == -1) continue;
+            const int32_t r = list[slot][1];
+            const int32_t sq = squareIndex(f, r);
+            const int32_t kind = side * pos.squares[sq];
+            const Piece p = {side, colour, kind, pieceValue[kind], sq};
+            w.squareValue[sq] = pieceSquareTable.value[kind][colour][sq];
+            switch (kind) {
+            case pawn:
+                pawnPlacement(w, pos, p, f, r);
+                break;
+            case knight:
+                knightPlacement(w, pos, p, f, r);
+                break;
+            case bishop:
+            case rook:
+            case queen:
+                sliderPlacement(w, pos, p, f, r);
+                break;
+            case king:
+                kingPlacement(w, pos, lists, p, f, r);
+                break;
+            default:
+                break;
+            }
+        }
+    }
+}
