@@ -7,6 +7,8 @@
 
 int32_t positionalTotal[2] = {0, 0};
 int64_t nodeCount = 0;
+int64_t boundedEvaluations = 0;
+int64_t lazyEvaluations = 0;
 
 // Material index of a side: its material besides the king in steps of 128.
 static int32_t materialIndex(int32_t sum) {
@@ -24,8 +26,15 @@ int32_t evaluate(const Material& material, const Position& pos, const PieceLists
     const int32_t m = materialTerm(material);
     if (bound != 0) {
         // Even the most favourable (or least favourable) estimate for White decides the bound.
-        if (2 * (m + lazyMargin) < bound) return m + lazyMargin;
-        if (2 * (m - lazyMargin) > bound) return m - lazyMargin;
+        ++boundedEvaluations;
+        if (2 * (m + lazyMargin) < bound) {
+            ++lazyEvaluations;
+            return m + lazyMargin;
+        }
+        if (2 * (m - lazyMargin) > bound) {
+            ++lazyEvaluations;
+            return m - lazyMargin;
+        }
     }
     evaluatePosition(pos, lists, side);
     return m + positionalTotal[1] - positionalTotal[0];

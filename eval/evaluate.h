@@ -15,6 +15,11 @@ extern int32_t positionalTotal[2];
 // Evaluations and search nodes counted since the search last reset it.
 extern int64_t nodeCount;
 
+// Statistics for the benchmarks: calls of evaluate with a bound, and how many of them the lazy
+// margin answered without the positional evaluation.
+extern int64_t boundedEvaluations;
+extern int64_t lazyEvaluations;
+
 // Material term: materialScale of White's material index minus that of Black's.
 int32_t materialTerm(const Material& material);
 

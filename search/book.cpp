@@ -105,3 +105,44 @@ void createBook() {
     std::printf("openings book created in \"openings.dat\"\n");
     std::fclose(source);
 }
+
+int32_t probeBook(PositionKey key, Side side, const MoveList& moves, const int32_t* order,
+                  int32_t lastIndex) {
+    FILE* book = std::fopen("openings.dat", "rt");
+    if (book == nullptr) return bookMissing;
+    const unsigned long keyHigh = static_cast<unsigned long>(key >> 32);
+    const unsigned long keyLow = static_cast<unsigned long>(key & 0xFFFFFFFFu);
+    long best = -1000000000;
+    long count = 0;
+    int32_t chosen = noBookMove;
+    unsigned long high;
+    unsigned long low;
+    long mark;
+    long fields[5];
+    while (std::fscanf(book, "%lu %lu %ld %ld %ld %ld %ld %ld", &high, &low, &mark, &fields[0],
+                       &fields[1], &fields[2], &fields[3], &fields[4]) == 8) {
+        if (high != keyHigh || low != keyLow) continue;
+        if (mark < -1 || mark > 1) continue; // not a record this program writes
+        const long v = mark * side;
+        if (v == -1) continue; // from a game the side to move lost
+        if (v > best) {
+            count = 1;
+        } else if (v == best) {
+            ++count;
+        } else {
+            continue;
+        }
+        if (nextRandom() % static_cast<unsigned long>(count) != 0) continue;
+        for (int32_t i = 0; i <= lastIndex; ++i) {
+            const Move& m = moves.moves[order[i]];
+            if (m.fromFile == fields[0] && m.fromRank == fields[1] && m.toFile == fields[2] &&
+                m.toRank == fields[3] && m.promotion == fields[4]) {
+                chosen = order[i];
+                best = v;
+                break;
+            }
+        }
+    }
+    std::fclose(book);
+    return chosen;
+}

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "core/types.h"
+
 // Longest source token (and comment rest) that is kept; the rest of a longer one is dropped.
 constexpr int32_t bookTokenLength = 49;
 
@@ -12,3 +14,14 @@ constexpr int32_t bookTokenLength = 49;
 // echoed, tokens that are no legal move in the position reached are echoed and skipped. Before
 // the first "new" token the board is the start position, White to move, mark 0.
 void createBook();
+
+// probeBook's answers besides a move index.
+constexpr int32_t noBookMove = -1;
+constexpr int32_t bookMissing = -2; // "openings.dat" cannot be opened
+
+// Looks the root position up in "openings.dat": among the records of this key that were not
+// lost by the side to move, those of the best mark are chosen from uniformly (one draw of the
+// random source per candidate record). Returns the index in `moves` of the chosen move, found in
+// the order of `order`, or noBookMove, or bookMissing.
+int32_t probeBook(PositionKey key, Side side, const MoveList& moves, const int32_t* order,
+                  int32_t lastIndex);

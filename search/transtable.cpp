@@ -1,6 +1,12 @@
 #include "search/transtable.h"
 
 #include <cstdlib>
+#include <cstring>
+
+#include "core/attacks.h"
+#include "core/makemove.h"
+#include "core/movegen.h"
+#include "core/movetext.h"
 
 int32_t hashBits = 18;
 HashEntry* lowerBoundTable = nullptr;
@@ -64,4 +70,139 @@ void clearSearchTables() {
     }
     for (size_t i = 0; i < historySize; ++i)
         historyTable[i] = 0;
+}
+
+static bool isMateValue(int32_t v) {
+    return v >= 0 ? mateValue - v <= mateRange : v + mateValue <= mateRange;
+}
+
+int32_t toTableValue(int32_t value, int32_t distance) {
+    if (!isMateValue(value)) return value;
+    return value >= 0 ? value + distance : value - distance;
+}
+
+int32_t fromTableValue(int32_t stored, int32_t distance) {
+    if (!isMateValue(stored)) return stored;
+    return stored >= 0 ? stored - distance : stored + distance;
+}
+
+static PositionKey entryKey(const HashEntry& e) {
+    return (static_cast<PositionKey>(e.keyHigh) << 32) | e.keyLow;
+}
+
+static Move entryMove(const HashEntry& e) {
+    return Move{e.fromFile, e.fromRank, e.toFile, e.toRank, e.promotion};
+}
+
+bool usableEntry(const HashEntry& entry, PositionKey key, Position& pos, Side side) {
+    if (entryKey(entry) != key) return false;
+    const Move m = entryMove(entry);
+    if (!onBoard(m.fromFile, m.fromRank) || !onBoard(m.toFile, m.toRank)) return false;
+    if (entry.movedPiece != pos.squares[squareIndex(m.fromFile, m.fromRank)]) return false;
+    if (entry.targetPiece != pos.squares[squareIndex(m.toFile, m.toRank)]) return false;
+    return isPseudoLegalMove(pos, side, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion) !=
+           0;
+}
+
+void invalidateEntry(HashEntry* table, size_t slot) {
+    HashEntry& e = table[slot];
+    e.depthLeft = emptyDepthLeft;
+    e.storePly = emptyStorePly;
+    e.age = static_cast<uint8_t>(searchAge - 1);
+}
+
+void storeBound(HashEntry* table, size_t slot, PositionKey key, int32_t result, int32_t distance,
+                int32_t remaining, int32_t quiescenceLevel, const Move& best, const Position& pos) {
+    HashEntry& e = table[slot];
+    const bool lowerTable = table == lowerBoundTable;
+    const int32_t stored = toTableValue(result, distance);
+    const bool isProtected = e.age == searchAge || (quiescenceLevel == 2 && e.depthLeft >= 0);
+    if (isProtected) {
+        if (e.storePly < distance) return; // written nearer the root
+        if (e.depthLeft > remaining) return;
+        if (e.depthLeft == remaining && entryKey(e) == key &&
+            (lowerTable ? e.value >= stored : e.value <= stored))
+            return; // as deep, and the bound already stored is as tight
+    }
+    e.keyLow = static_cast<uint32_t>(key);
+    e.keyHigh = static_cast<uint32_t>(key >> 32);
+    e.value = stored;
+    e.age = searchAge;
+    e.fromFile = static_cast<int8_t>(best.fromFile);
+    e.fromRank = static_cast<int8_t>(best.fromRank);
+    e.toFile = static_cast<int8_t>(best.toFile);
+    e.toRank = static_cast<int8_t>(best.toRank);
+    e.promotion = static_cast<int8_t>(best.promotion);
+    e.movedPiece = static_cast<int8_t>(pos.squares[squareIndex(best.fromFile, best.fromRank)]);
+    e.targetPiece = static_cast<int8_t>(pos.squares[squareIndex(best.toFile, best.toRank)]);
+    e.depthLeft = static_cast<int16_t>(remaining);
+    e.storePly = static_cast<int16_t>(distance);
+
+    // The fresh bound wins over a contradicting one of the same position in the other table.
+    const HashEntry& lower = lowerBoundTable[slot];
+    const HashEntry& upper = upperBoundTable[slot];
+    HashEntry* other = lowerTable ? upperBoundTable : lowerBoundTable;
+    if (lower.value > upper.value && entryKey(other[slot]) == key) invalidateEntry(other, slot);
+}
+
+// Appends "." and ends the walk.
+static void endWalk(char* text) {
+    const size_t length = std::strlen(text);
+    text[length] = '.';
+    text[length + 1] = '\0';
+}
+
+void walkPrincipalVariation(PositionKey key, Position& pos, PieceLists& lists, Side side,
+                            int32_t distance, int32_t budget, char* text) {
+    if (budget < 1 || distance > 248) return endWalk(text);
+    const size_t slot = hashIndex(key);
+    const HashEntry& lower = lowerBoundTable[slot];
+    const HashEntry& upper = upperBoundTable[slot];
+    const bool lowerTakesPart = entryKey(lower) == key;
+    const bool upperTakesPart = entryKey(upper) == key;
+    const HashEntry* chosen = nullptr;
+    if (lowerTakesPart && upperTakesPart) {
+        if (lower.depthLeft != upper.depthLeft) {
+            chosen = lower.depthLeft > upper.depthLeft ? &lower : &upper;
+        } else {
+            chosen = lower.storePly > upper.storePly ? &upper : &lower;
+        }
+    } else if (lowerTakesPart) {
+        chosen = &lower;
+    } else if (upperTakesPart) {
+        chosen = &upper;
+    }
+    if (chosen == nullptr || chosen->depthLeft < 0) return endWalk(text);
+
+    // The stored move must be legal here: one the generator makes, not leaving the king
+    // attacked.
+    const Move m = entryMove(*chosen);
+    if (!onBoard(m.fromFile, m.fromRank) || !onBoard(m.toFile, m.toRank) ||
+        !isPseudoLegalMove(pos, side, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion))
+        return endWalk(text);
+    const PieceCode moved = pos.squares[squareIndex(m.fromFile, m.fromRank)];
+    const PieceCode target = pos.squares[squareIndex(m.toFile, m.toRank)];
+    const int32_t whiteCastling = pos.whiteCastling;
+    const int32_t blackCastling = pos.blackCastling;
+    const int32_t enPassant = pos.enPassant;
+    PositionKey childKey = key;
+    Material scratch = {{0, 0}};
+    int32_t capturedSlot = 0;
+    makeMove(childKey, side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
+             scratch, capturedSlot);
+    const bool legal = isSquareSafe(pos, side, -1, 0) != 0;
+    if (legal && chosen->movedPiece == moved && chosen->targetPiece == target) {
+        const MoveText moveTextOf = moveText(m);
+        const size_t length = std::strlen(text);
+        text[length] = '-';
+        std::memcpy(text + length + 1, moveTextOf.text, 6);
+        walkPrincipalVariation(childKey, pos, lists, -side, distance + 8, budget - 8, text);
+    } else {
+        endWalk(text);
+    }
+    unmakeMove(side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion, target,
+               capturedSlot);
+    pos.whiteCastling = whiteCastling;
+    pos.blackCastling = blackCastling;
+    pos.enPassant = enPassant;
 }

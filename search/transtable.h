@@ -5,6 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/position.h"
+#include "core/types.h"
+
 // One table entry, 24 bytes:
 //   keyLow, keyHigh   the PositionKey of the position, low and high halves
 //   value             the bound, in table form (mate values made relative to the storing node)
@@ -37,6 +40,16 @@ constexpr int8_t emptyPiece = 100;
 constexpr int16_t emptyDepthLeft = -4000;
 constexpr int16_t emptyStorePly = 4000;
 
+// Search values: a side mated at distance d (eighths of a ply) scores d - mateValue; values
+// within mateRange of +-mateValue are mate values. noValue stands for no value or an unbounded
+// side.
+constexpr int32_t mateValue = 1000000;
+constexpr int32_t mateRange = 3999;
+constexpr int32_t noValue = 1000000000;
+
+// Text capacity of a principal variation: at most 31 moves of "-" and five characters, and ".".
+constexpr int32_t pvTextSize = 256;
+
 // Accepted range of hashBits: at 0 the slot shift is undefined, and from 60 on 24 * 2^n bytes
 // no longer fit in 64 bits.
 constexpr int64_t minHashBits = 1;
@@ -64,3 +77,32 @@ void freeSearchTables();
 
 // searchAge = 0, every entry of both tables empty (age 255), every history counter 0.
 void clearSearchTables();
+
+// Slot of a key: its top hashBits bits, the same in both tables.
+inline size_t hashIndex(PositionKey key) {
+    return static_cast<size_t>(key >> (64 - hashBits));
+}
+
+// A mate value made relative to the storing node at `distance`, and back at the probing node.
+int32_t toTableValue(int32_t value, int32_t distance);
+int32_t fromTableValue(int32_t stored, int32_t distance);
+
+// True when the entry belongs to this position: same key, the pieces on its move's squares are
+// those it was written with, and the move is pseudo-legal for `side`.
+bool usableEntry(const HashEntry& entry, PositionKey key, Position& pos, Side side);
+
+// Writes a bound into `table` at `slot` unless the entry there is protected (written or used
+// by this search, or any non-negative depth against a deep quiescence node) and better: nearer
+// the root, deeper, or as deep with as tight a bound. Then an older entry of the other table
+// that contradicts the new bound for the same key is invalidated.
+void storeBound(HashEntry* table, size_t slot, PositionKey key, int32_t result, int32_t distance,
+                int32_t remaining, int32_t quiescenceLevel, const Move& best, const Position& pos);
+
+// Makes an entry useless as a bound and unprotected; its key and move stay.
+void invalidateEntry(HashEntry* table, size_t slot);
+
+// Appends to `text` the principal variation stored from the position with `key`, `side` to
+// move: "-e7e5 -g1f3 ." (each move as "-" and its five-character text), at most budget / 8
+// moves, always ending with ".". The position is restored.
+void walkPrincipalVariation(PositionKey key, Position& pos, PieceLists& lists, Side side,
+                            int32_t distance, int32_t budget, char* text);

@@ -3,7 +3,10 @@
 #include <cstdio>
 #include <cstring>
 
+#include "search/settings.h"
 #include "ui/display.h"
+#include "ui/input.h"
+#include "ui/loop.h"
 
 // What a command's handler asks of the loop afterwards.
 enum class Then {
@@ -29,6 +32,104 @@ static Then stopCommand(GameState& game) {
     return Then::readClearPonder;
 }
 
+// Largest number of moves, seconds or minutes the time control takes; larger answers are cut
+// to it, so that no clock arithmetic can overflow.
+constexpr long maxClockSetting = 100000000;
+
+// Reads a number for a command: the next word when it is one (the newline after it is printed
+// in every mode). Returns false, consuming nothing, when the next word is no number.
+static bool readNumber(long& value) {
+    const bool read = readLong(value);
+    std::printf("\n");
+    return read;
+}
+
+static bool readRealNumber(double& value) {
+    const bool read = readReal(value);
+    std::printf("\n");
+    return read;
+}
+
+static int32_t clockSetting(long value) {
+    return static_cast<int32_t>(value < maxClockSetting ? value : maxClockSetting);
+}
+
+// go: the engine takes the side to move and moves at once.
+static Then goCommand(GameState& game) {
+    game.userSide = -game.turn;
+    game.ponderTime = 0;
+    return Then::move;
+}
+
+// new: a new game, the user playing White.
+static Then newCommand(GameState& game) {
+    startNewGame(game);
+    return Then::cycleEnd;
+}
+
+// se(t): the minimum full-width depth (1 to 31 plies) and the quiescence depth (0 to 31).
+static Then setCommand(GameState& game) {
+    long n = 0;
+    if (!game.xboardMode)
+        std::printf("#half-moves minimum for full-width search (current=%ld): ",
+                    static_cast<long>(fullWidthDepth / 8));
+    std::fflush(stdout);
+    if (readNumber(n) && n >= 1 && n <= 31) fullWidthDepth = static_cast<int32_t>(8 * n);
+    if (!game.xboardMode)
+        std::printf("#half-moves for quiescence (current=%ld): ",
+                    static_cast<long>(quiescenceDepth / 8));
+    std::fflush(stdout);
+    if (readNumber(n) && n >= 0 && n <= 31) quiescenceDepth = static_cast<int32_t>(8 * n);
+    return Then::read;
+}
+
+// le(vel): moves per session, total time in minutes, bonus seconds per move; the engine's
+// clock starts again.
+static Then levelCommand(GameState& game) {
+    const bool console = !game.xboardMode;
+    if (console) {
+        std::printf("(after each session, the total time is added again to the player's clocks;\n"
+                    "enter 0 if ALL moves must be played into the total time)\n"
+                    "#moves per session (current=%ld): ",
+                    static_cast<long>(game.sessionMoves));
+    }
+    std::fflush(stdout);
+    long n = 0;
+    if (readNumber(n) && n >= 0) game.sessionMoves = clockSetting(n);
+
+    if (console) {
+        std::printf("(total time can be set to 0 to disable time control)\ntotal time (for ");
+        if (game.sessionMoves != 0) {
+            std::printf("%ld", static_cast<long>(game.sessionMoves));
+        } else {
+            std::printf("all");
+        }
+        std::printf(" moves) in minutes (current=%ld): ", static_cast<long>(game.totalTime / 60));
+    }
+    std::fflush(stdout);
+    double minutes = 0;
+    const bool minutesRead = readRealNumber(minutes);
+    if (minutesRead && minutes >= 0) {
+        const double seconds = minutes * 60;
+        game.totalTime = seconds < maxClockSetting ? static_cast<int32_t>(seconds)
+                                                   : static_cast<int32_t>(maxClockSetting);
+    }
+
+    if (console)
+        std::printf("bonus time (for each played move) in seconds (current=%ld): ",
+                    static_cast<long>(game.bonusTime));
+    std::fflush(stdout);
+    long bonus = 0;
+    if (readNumber(bonus) && bonus >= 0) {
+        game.bonusTime = clockSetting(bonus);
+        if (bonus != 0 && game.totalTime == 0) game.totalTime = 1;
+    }
+    game.timeSurplus = 0;
+    game.clockReset = game.totalTime - 5;
+    game.engineClock = game.clockReset;
+    return Then::read;
+}
+
 // ev(al): the board, the last move and, in the console, the evaluation.
 static Then evalCommand(GameState& game) {
     showEvaluation(game);
@@ -44,10 +145,9 @@ struct Command {
 
 // The commands, tried in this order; a word selects the first whose prefix it begins with.
 constexpr Command commandTable[] = {
-    {"qu", false, quitCommand},
-    {"st", false, stopCommand},
-    {"fo", false, stopCommand},
-    {"ev", false, evalCommand},
+    {"qu", false, quitCommand}, {"st", false, stopCommand},  {"fo", false, stopCommand},
+    {"ev", false, evalCommand}, {"go", false, goCommand},    {"new", false, newCommand},
+    {"se", false, setCommand},  {"le", false, levelCommand},
 };
 
 static bool selects(const Command& command, const char* word) {

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <poll.h>
 #include <unistd.h>
 
@@ -24,6 +25,7 @@ static int32_t fill(int32_t count) {
             reader.start = 0;
             reader.end = kept;
         }
+        if (reader.end == static_cast<int32_t>(sizeof reader.bytes)) break; // full: look no further
         ssize_t got = read(0, reader.bytes + reader.end, sizeof reader.bytes - reader.end);
         if (got > 0) {
             reader.end += static_cast<int32_t>(got);
@@ -84,6 +86,47 @@ bool readLong(long& value) {
     } else {
         value = static_cast<long>(magnitude);
     }
+    return true;
+}
+
+bool readReal(double& value) {
+    skipBlanks();
+    // Measure the longest prefix that forms a decimal number, without consuming it yet.
+    char text[64];
+    int32_t length = 0;
+    int32_t at = 0;
+    auto take = [&]() {
+        if (length < static_cast<int32_t>(sizeof text) - 1)
+            text[length++] = static_cast<char>(peek(at));
+        ++at;
+    };
+    if (peek(at) == '+' || peek(at) == '-') take();
+    int32_t digits = 0;
+    while (peek(at) >= '0' && peek(at) <= '9') {
+        take();
+        ++digits;
+    }
+    if (peek(at) == '.') {
+        take();
+        while (peek(at) >= '0' && peek(at) <= '9') {
+            take();
+            ++digits;
+        }
+    }
+    if (digits == 0) return false;
+    if (peek(at) == 'e' || peek(at) == 'E') {
+        int32_t ahead = at + 1;
+        if (peek(ahead) == '+' || peek(ahead) == '-') ++ahead;
+        if (peek(ahead) >= '0' && peek(ahead) <= '9') {
+            while (at < ahead)
+                take();
+            while (peek(at) >= '0' && peek(at) <= '9')
+                take();
+        }
+    }
+    text[length] = '\0';
+    reader.start += at;
+    value = std::strtod(text, nullptr);
     return true;
 }
 

@@ -17,6 +17,11 @@ bool readWord(char* word);
 // consumed and false is returned. Values beyond the range of long are clamped.
 bool readLong(long& value);
 
+// Reads a real number the way "%lf" does for plain decimals: blanks, an optional sign, digits
+// with an optional decimal point and fraction, an optional exponent. When no number follows,
+// nothing but the blanks is consumed and false is returned.
+bool readReal(double& value);
+
 // True when input is waiting: bytes that the reader has buffered and not yet used, or bytes on
 // descriptor 0 that a read would return without blocking (also true at end of input or when the
 // question cannot be answered).

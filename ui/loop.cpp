@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 #include "core/keys.h"
 #include "core/makemove.h"
@@ -10,8 +11,10 @@
 #include "core/movetext.h"
 #include "eval/material.h"
 #include "search/book.h"
+#include "search/driver.h"
 #include "search/settings.h"
 #include "search/transtable.h"
+#include "ui/clock.h"
 #include "ui/commands.h"
 #include "ui/gameend.h"
 #include "ui/input.h"
@@ -163,13 +166,26 @@ static void echoUserMove(const GameState& game, const Move& move) {
     }
 }
 
-// The engine's move. The search that chooses it is not part of this program yet, so instead of
-// moving the engine stops playing, and says so; both sides' moves are then typed.
-static bool engineMove(GameState& game, Move& chosen) {
-    (void)chosen;
-    std::printf("Error (no search in this build): engine stops playing\n");
-    game.userSide = 0;
-    return false;
+// The engine's move: the clock gives the search its time, the search its move, which is echoed
+// ("  1. ... e7e5 " in the console; in xboard mode "  1. ... e2e4 " for either side and
+// "My move is: e2e4 ").
+static void engineMove(GameState& game, Move& chosen) {
+    const TimeBudget budget = computeTimeBudget(game);
+    std::fflush(stdout);
+    game.searchStartTime = static_cast<int32_t>(std::time(nullptr));
+    game.StopFlag = 0;
+    const int32_t index =
+        runSearch(game, game.turn, game.legalMoves, game.lastLegalIndex, game.position, game.showPv,
+                  game.ponderTime, budget.earlyStopTime);
+    updateClock(game, budget);
+    chosen = game.legalMoves.moves[index];
+    const MoveText text = moveText(chosen);
+    const long number = (game.plyCount + 2) / 2;
+    if (game.xboardMode) {
+        std::printf("%3ld. ... %s\nMy move is: %s\n", number, text.text, text.text);
+    } else {
+        std::printf("%3ld. %s%s\n", number, game.plyCount % 2 ? "... " : "", text.text);
+    }
 }
 
 // Loop steps 3 to 5: reads words until one is a legal move (returned in `move`, loopState 1)
@@ -218,12 +234,9 @@ void runCommandLoop(GameState& game) {
 
         // 6. and 7. Play the user's move, or let the engine choose and play its own.
         if (game.loopState == loopMoved && game.lastLegalIndex != -1) {
-            bool play = true;
-            if (game.turn + game.userSide == 0) play = engineMove(game, move);
-            if (play) {
-                playMove(game, move);
-                game.turn = -game.turn;
-            }
+            if (game.turn + game.userSide == 0) engineMove(game, move);
+            playMove(game, move);
+            game.turn = -game.turn;
         }
 
         // 8. A new game after maxGamePlies; quit and fatal errors end the loop.

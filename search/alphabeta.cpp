@@ -1,0 +1,513 @@
+#include "search/alphabeta.h"
+
+#include <initializer_list>
+
+#include "core/attacks.h"
+#include "core/exchange.h"
+#include "core/makemove.h"
+#include "core/movegen.h"
+#include "eval/evaluate.h"
+#include "eval/values.h"
+#include "search/settings.h"
+#include "search/threats.h"
+#include "search/transtable.h"
+
+int32_t pollCountdown = pollInterval;
+
+namespace {
+
+// Offset that puts a move proven by the upper-bound table of its child ahead of the others.
+constexpr int64_t tableScoreBase = 36864000;
+// Futility: a quiet move this far below the bound one ply (or two) from the horizon is not
+// searched.
+constexpr int32_t futilityMargin = 6000;
+constexpr int32_t deepFutilityMargin = 12000;
+// Extensions and reductions, eighths of a ply.
+constexpr int32_t recaptureExtension = 5;
+constexpr int32_t seventhRankExtension = 6;
+constexpr int32_t sixthRankExtension = 4;
+constexpr int32_t checkExtension = 8;
+constexpr int32_t gainPerEighth = 1125; // material gain worth one eighth of a ply
+constexpr int32_t quietReduction = 3;
+// Material of a bare king and of a king with one minor piece (or three pawns).
+constexpr int32_t bareKing = 12000;
+constexpr int32_t kingAndMinor = 15000;
+
+int32_t liveSlots(const PieceLists& lists, Side side) {
+    const int32_t(*list)[2] = lists.slots[sideIndex(side)];
+    int32_t count = 0;
+    for (int32_t slot = 1; slot <= list[0][0]; ++slot)
+        count += list[slot][0] != -1;
+    return count;
+}
+
+// A bare king against a bare king or a king with a single minor piece.
+bool noMatingMaterial(const Material& material, const PieceLists& lists) {
+    for (Side side : {white, black}) {
+        const int32_t own = material.sum[sideIndex(side)];
+        const int32_t other = material.sum[sideIndex(-side)];
+        if (own == bareKing && (other == bareKing || other == kingAndMinor) &&
+            liveSlots(lists, -side) <= 2)
+            return true;
+    }
+    return false;
+}
+
+// How often the node's position occurred before with the same side to move since the last
+// capture or pawn move, counting up to two.
+int32_t earlierOccurrences(const GameState& game, PositionKey key) {
+    const int32_t span = game.fiftyMoveCounter & ~1;
+    int32_t seen = 0;
+    for (int32_t i = game.keyCount - span + 1; i <= game.keyCount - 1 && seen < 2; i += 2) {
+        if (i >= 0 && game.keyHistory[i] == key) ++seen;
+    }
+    return seen;
+}
+
+int32_t quiescenceLevelOf(int32_t remaining) {
+    if (remaining >= 1) return 0;
+    return remaining >= -7 ? 1 : 2;
+}
+
+int32_t findInOrder(const MoveList& moves, const int32_t* order, int32_t lastIndex, const Move& m) {
+    for (int32_t i = 0; i <= lastIndex; ++i) {
+        if (sameMove(moves.moves[order[i]], m)) return i;
+    }
+    return -1;
+}
+
+void swapOrder(int32_t* order, int32_t a, int32_t b) {
+    const int32_t t = order[a];
+    order[a] = order[b];
+    order[b] = t;
+}
+
+Move tableMove(const HashEntry& e) {
+    return Move{e.fromFile, e.fromRank, e.toFile, e.toRank, e.promotion};
+}
+
+// What the node keeps of the two table entries of its position.
+struct Probe {
+    int32_t lower = -noValue;
+    int32_t upper = noValue;
+    int32_t frontMoves = 0;
+    bool cutoff = false; // a stored bound already answers the question
+    int32_t value = 0;
+};
+
+// Probes both tables; their moves go to the front of the order array.
+Probe probeTables(PositionKey key, int32_t remaining, int32_t distance, int32_t testBound,
+                  Side side, const MoveList& moves, int32_t lastIndex, int32_t* order,
+                  Position& pos) {
+    Probe probe;
+    const size_t slot = hashIndex(key);
+    bool lowerMoveValid = false;
+    HashEntry& lower = lowerBoundTable[slot];
+    if (usableEntry(lower, key, pos, side)) {
+        if (lower.depthLeft >= remaining) {
+            probe.lower = fromTableValue(lower.value, distance);
+            lower.age = searchAge;
+            if (probe.lower > testBound) {
+                probe.cutoff = true;
+                probe.value = probe.lower;
+                return probe;
+            }
+        }
+        lowerMoveValid = true;
+        const int32_t at = findInOrder(moves, order, lastIndex, tableMove(lower));
+        if (at >= 0) {
+            swapOrder(order, at, 0);
+            probe.frontMoves = 1;
+        }
+    }
+    HashEntry& upper = upperBoundTable[slot];
+    if (usableEntry(upper, key, pos, side)) {
+        if (upper.depthLeft >= remaining) {
+            probe.upper = fromTableValue(upper.value, distance);
+            upper.age = searchAge;
+            if (probe.upper < testBound) {
+                probe.cutoff = true;
+                probe.value = probe.upper;
+                return probe;
+            }
+        }
+        const int32_t target = lowerMoveValid ? 1 : 0;
+        const int32_t at = findInOrder(moves, order, lastIndex, tableMove(upper));
+        if (at >= 0) {
+            if (target <= lastIndex) swapOrder(order, at, target);
+            ++probe.frontMoves;
+        }
+    }
+    if (probe.frontMoves > lastIndex + 1) probe.frontMoves = lastIndex + 1;
+    return probe;
+}
+
+// The saved state a make/unmake pair restores.
+struct Undo {
+    PieceCode captured;
+    int32_t capturedSlot;
+    int32_t whiteCastling;
+    int32_t blackCastling;
+    int32_t enPassant;
+};
+
+Undo makeOnBoard(PositionKey& key, Side side, Position& pos, PieceLists& lists, const Move& m,
+                 Material& material) {
+    Undo undo = {pos.squares[squareIndex(m.toFile, m.toRank)], 0, pos.whiteCastling,
+                 pos.blackCastling, pos.enPassant};
+    makeMove(key, side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
+             material, undo.capturedSlot);
+    return undo;
+}
+
+void unmakeOnBoard(Side side, Position& pos, PieceLists& lists, const Move& m, const Undo& undo) {
+    unmakeMove(side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
+               undo.captured, undo.capturedSlot);
+    pos.whiteCastling = undo.whiteCastling;
+    pos.blackCastling = undo.blackCastling;
+    pos.enPassant = undo.enPassant;
+}
+
+// Ordering of the deep quiescence stage: most valuable victim, least valuable mover.
+int64_t captureOrderScore(const Position& pos, Side side, const Move& m) {
+    const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
+    const int32_t victim = -side * pos.squares[squareIndex(m.toFile, m.toRank)];
+    int64_t score = 0;
+    if (victim > 0) score += pieceValue[victim] * 128 - pieceValue[mover];
+    if (m.promotion != 0) score += pieceValue[m.promotion] * 128 - 128000;
+    return score;
+}
+
+struct Ordering {
+    bool cutoff = false; // a child's stored bound proves a move good enough
+    int32_t value = 0;
+    int32_t bestIndex = -1;
+};
+
+// Scores every move for the lazy selection sort: each move is made and its child's upper-bound
+// entry looked at (which may answer the node at once), then history, promotion and capture
+// terms for the moves behind the front moves.
+Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
+                    int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
+                    const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
+                    Position& pos, PieceLists& lists) {
+    Ordering result;
+    for (int32_t i = 0; i <= lastIndex; ++i) {
+        const Move& m = moves.moves[order[i]];
+        const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
+        const int32_t victim = -side * pos.squares[squareIndex(m.toFile, m.toRank)];
+        PositionKey childKey = key;
+        Material childMaterial = material;
+        const Undo undo = makeOnBoard(childKey, side, pos, lists, m, childMaterial);
+        int64_t score = 0;
+        HashEntry& entry = upperBoundTable[hashIndex(childKey)];
+        if (usableEntry(entry, childKey, pos, -side)) {
+            const int32_t v = -fromTableValue(entry.value, distance + 8);
+            const int32_t enough = remaining - 8 > 0 ? remaining - 8 : 0;
+            if (v <= testBound || entry.depthLeft < enough) {
+                score = static_cast<int64_t>(v - testBound) * 4096 + tableScoreBase;
+            } else {
+                entry.age = searchAge;
+                unmakeOnBoard(side, pos, lists, m, undo);
+                result.cutoff = true;
+                result.value = v < upper ? v : upper;
+                result.bestIndex = order[i];
+                return result;
+            }
+        }
+        if (i >= frontMoves) {
+            score += historyTable[historyIndex(m, mover, side)];
+            if (m.promotion != 0) score += (pieceValue[m.promotion] - 1000) * int64_t{4096};
+            if (victim > 0) {
+                const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
+                score +=
+                    (2 * pieceValue[victim] + exchange) * int64_t{2048} - pieceValue[mover] * 32;
+            }
+        }
+        scores[i] = score;
+        unmakeOnBoard(side, pos, lists, m, undo);
+    }
+    return result;
+}
+
+// The child's depth limit: extensions for recaptures, pawn pushes and checks; an extension or
+// reduction by what the move's threats and captures gain that the opponent cannot parry;
+// then the limits.
+int32_t childDepthLimit(int32_t depthLimit, const Material& before, const Material& after,
+                        int32_t exchange, ThreatKind& childCheck, ThreatKind moveThreat, Side side,
+                        const Move& m, int32_t mover, bool captures, Position& pos) {
+    int32_t d = depthLimit;
+    const int32_t balanceBefore = (before.sum[1] - before.sum[0]) * side;
+    const int32_t balanceAfter = (after.sum[1] - after.sum[0]) * side;
+    if (balanceBefore < materialBalance * side && balanceAfter >= materialBalance * side)
+        d += recaptureExtension;
+    if (mover == pawn) {
+        if (m.toRank == (side > 0 ? 6 : 1)) d += seventhRankExtension;
+        if (gamePhase > 2 && m.toRank == (side > 0 ? 5 : 2)) d += sixthRankExtension;
+    }
+    int32_t tMax = 0;
+    int32_t tMin = 0;
+    if (childCheck == 2) {
+        d += checkExtension;
+    } else {
+        childCheck = threatScan(pos, side, m.fromFile, m.fromRank, m.toFile, m.toRank);
+        if (childCheck == 1) {
+            // Value the threatened pieces by the exchanges the mover could start on them.
+            int32_t t1 = 0;
+            int32_t t2 = 0;
+            const Threat disc = discoveredThreat;
+            const Threat dir = directThreat;
+            const Threat second = secondThreat;
+            if (disc.value != 0) {
+                t1 = side * staticExchange(side, pos, disc.file, disc.rank, 1);
+            }
+            if (dir.value != 0 && exchange == 0 &&
+                (dir.file != disc.file || dir.rank != disc.rank)) {
+                t2 = side * staticExchange(side, pos, dir.file, dir.rank, 1);
+            }
+            tMax = t1 > t2 ? t1 : t2;
+            tMin = t1 > t2 ? t2 : t1;
+            if ((second.value < 0 || (second.value > 0 && exchange == 0)) &&
+                (second.file != disc.file || second.rank != disc.rank) &&
+                (second.file != dir.file || second.rank != dir.rank)) {
+                const int32_t t3 = side * staticExchange(side, pos, second.file, second.rank, 1);
+                if (t3 > tMax) {
+                    tMin = tMax;
+                    tMax = t3;
+                } else if (t3 > tMin) {
+                    tMin = t3;
+                }
+            }
+        }
+    }
+    int32_t gain = (tMin + (balanceAfter - balanceBefore) + exchange) / gainPerEighth;
+    if (gain < 0) gain *= 4;
+    if (tMax == 0 && d == depthLimit && !captures && m.promotion == 0 && moveThreat != 2)
+        gain -= quietReduction;
+    d += gain;
+
+    int32_t ceiling = depthLimit + 4;
+    if (childCheck == 2) {
+        ceiling = depthLimit + 12;
+    } else if (depthLimit <= fullWidthDepth) {
+        ceiling = depthLimit + 8;
+    }
+    if (d > ceiling) {
+        d = ceiling;
+    } else if (d < fullWidthDepth / 2) {
+        d = fullWidthDepth / 2;
+    }
+    return d < maxDepthLimit ? d : maxDepthLimit;
+}
+
+} // namespace
+
+int32_t historyIndex(const Move& m, int32_t kind, Side side) {
+    return ((((m.toRank * 8 + m.toFile) * 8 + m.fromRank) * 8 + m.fromFile) * 6 + kind - 1) * 2 +
+           (side > 0 ? 1 : 0);
+}
+
+void rewardHistory(uint32_t& counter, int32_t exponent) {
+    if (exponent <= 20 && counter <= 1048575u) {
+        counter += 1u << exponent;
+    } else if (counter <= 2097150u) {
+        counter += 1;
+    }
+}
+
+int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit,
+                            const Material& material, int32_t testBound, int32_t distance,
+                            ThreatKind moveThreat, Side side, MoveList& moves, int32_t lastIndex,
+                            Position& pos, PieceLists& lists) {
+    // 1. Bookkeeping, and the interruption poll every pollInterval nodes.
+    ++nodeCount;
+    if (--pollCountdown == 0) {
+        pollCountdown = pollInterval;
+        game.pollFunction(game);
+        if (game.StopFlag) {
+            searchRunning = 0;
+            return 0;
+        }
+    }
+
+    // 2. Draws: fifty moves, no mating material, a third occurrence.
+    if (game.fiftyMoveCounter > 99) return 0;
+    if (noMatingMaterial(material, lists)) return 0;
+    const int32_t occurrences = earlierOccurrences(game, key);
+    if (occurrences == 2) return 0;
+
+    // 3. Remaining depth and quiescence level.
+    const int32_t remaining = depthLimit - distance;
+    const int32_t level = quiescenceLevelOf(remaining);
+
+    // 4. Probe both tables; their moves go first.
+    int32_t order[maxMoves];
+    int64_t scores[maxMoves];
+    for (int32_t i = 0; i <= lastIndex; ++i)
+        order[i] = i;
+    const Probe probe =
+        probeTables(key, remaining, distance, testBound, side, moves, lastIndex, order, pos);
+    if (probe.cutoff) return probe.value;
+
+    // 5. Order scores, with the enhanced transposition cut-off at levels 0 and 1.
+    if (level == 2) {
+        for (int32_t i = 0; i <= lastIndex; ++i)
+            scores[i] = captureOrderScore(pos, side, moves.moves[order[i]]);
+    } else if (testBound > -noValue) {
+        const Ordering ordering =
+            scoreMoves(key, material, testBound, distance, remaining, side, moves, lastIndex, order,
+                       probe.frontMoves, probe.upper, scores, pos, lists);
+        if (ordering.cutoff) return ordering.value; // always above the bound
+    } else {
+        for (int32_t i = 0; i <= lastIndex; ++i)
+            scores[i] = 0;
+    }
+
+    // 6. Static value of the node.
+    int32_t staticValue = 0;
+    if (level < 2) staticValue = 2 * side * evaluate(material, pos, lists, side, side * testBound);
+
+    // 7. Push the node's key.
+    ++game.keyCount;
+    game.keyHistory[game.keyCount] = key;
+
+    // 8. The moves, best score first.
+    int32_t best = -noValue;
+    Move bestMove = {0, 0, 0, 0, 0};
+    const int32_t fiftyBefore = game.fiftyMoveCounter;
+    for (int32_t i = 0; i <= lastIndex && best < testBound && searchRunning; ++i) {
+        if (i >= probe.frontMoves) {
+            int32_t pick = i;
+            for (int32_t j = i + 1; j <= lastIndex; ++j) {
+                if (scores[j] > scores[pick]) pick = j;
+            }
+            swapOrder(order, i, pick);
+            const int64_t s = scores[i];
+            scores[i] = scores[pick];
+            scores[pick] = s;
+        }
+        const Move m = moves.moves[order[i]];
+        const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
+        const bool captures = pos.squares[squareIndex(m.toFile, m.toRank)] != 0;
+        game.fiftyMoveCounter = captures || mover == pawn ? 0 : fiftyBefore + 1;
+
+        PositionKey childKey = key;
+        Material childMaterial = material;
+        const Undo undo = makeOnBoard(childKey, side, pos, lists, m, childMaterial);
+        if (mover != king && !isSquareSafe(pos, side, -1, 0)) {
+            unmakeOnBoard(side, pos, lists, m, undo);
+            game.fiftyMoveCounter = fiftyBefore;
+            continue;
+        }
+        ThreatKind childCheck = isSquareSafe(pos, -side, -1, 0) ? 0 : 2;
+
+        int32_t d = depthLimit;
+        bool exchangeKnown = false;
+        int32_t exchange = 0;
+        bool pruned = false;
+        int32_t v = 0;
+        if (level < 2) {
+            exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1);
+            exchangeKnown = true;
+            d = childDepthLimit(depthLimit, material, childMaterial, exchange, childCheck,
+                                moveThreat, side, m, mover, captures, pos);
+            // Futility: a quiet move far below the bound close to the horizon.
+            if (childCheck != 2 && !captures && m.promotion == 0) {
+                if (d <= distance && distance < d + 8 && staticValue < testBound - futilityMargin) {
+                    v = testBound - futilityMargin - 1;
+                    pruned = v != -noValue;
+                } else if (d - 8 <= distance && distance < d &&
+                           staticValue < testBound - deepFutilityMargin) {
+                    v = testBound - deepFutilityMargin - 1;
+                    pruned = v != -noValue;
+                }
+            }
+        }
+        if (!pruned) {
+            MoveList childMoves;
+            if (distance < d) {
+                const int32_t childLast = generateMoves(-side, childMoves, pos, lists, allMoves);
+                v = -alphaBetaWithMemory(game, childKey, d, childMaterial, -testBound, distance + 8,
+                                         childCheck, -side, childMoves, childLast, pos, lists);
+            } else if (distance >= d + quiescenceDepth) {
+                v = 2 * side * evaluate(childMaterial, pos, lists, -side, side * testBound);
+            } else if (childCheck == 2) {
+                // A check in the quiescence stage is answered by all the evasions.
+                v = 2 * (mateValue - 8 - distance);
+                if (v > testBound) {
+                    const int32_t childLast =
+                        generateMoves(-side, childMoves, pos, lists, allMoves);
+                    v = -alphaBetaWithMemory(game, childKey, d, childMaterial, -testBound,
+                                             distance + 8, 2, -side, childMoves, childLast, pos,
+                                             lists);
+                }
+            } else {
+                // Quiescence: the opponent may stand pat or go on capturing.
+                int32_t e;
+                if (distance < d + 8) {
+                    e = side * evaluate(childMaterial, pos, lists, -side, side * testBound);
+                } else {
+                    if (!exchangeKnown)
+                        exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1);
+                    e = side * evaluate(childMaterial, pos, lists, -side,
+                                        side * (testBound - 2 * exchange)) +
+                        exchange;
+                }
+                v = 2 * e;
+                if (v > testBound) {
+                    const int32_t childLast =
+                        generateMoves(-side, childMoves, pos, lists, capturesOnly);
+                    if (childLast >= 0) {
+                        const int32_t w = -alphaBetaWithMemory(
+                            game, childKey, d, childMaterial, -testBound, distance + 8, childCheck,
+                            -side, childMoves, childLast, pos, lists);
+                        if (w < v) v = w;
+                    }
+                }
+            }
+        }
+        if (v > best && searchRunning) {
+            best = v;
+            bestMove = m;
+        }
+        unmakeOnBoard(side, pos, lists, m, undo);
+        game.fiftyMoveCounter = fiftyBefore;
+    }
+
+    // 9. Pop the key.
+    --game.keyCount;
+    if (!searchRunning) return 0;
+
+    // 10. No legal move: mate, stalemate, or (deep in quiescence) nothing to capture.
+    if (best == -noValue) {
+        if (moveThreat == 2) return distance - mateValue;
+        return level < 2 ? 0 : -noValue;
+    }
+
+    // 11. Stay within the bounds the tables proved.
+    if (best < probe.lower) {
+        best = probe.lower;
+    } else if (best > probe.upper) {
+        best = probe.upper;
+    }
+
+    // 12. History.
+    if (remaining >= 0) {
+        const int32_t mover = side * pos.squares[squareIndex(bestMove.fromFile, bestMove.fromRank)];
+        const int32_t exponent = remaining / 8 + (best > testBound ? 2 : 0);
+        rewardHistory(historyTable[historyIndex(bestMove, mover, side)], exponent);
+    }
+
+    // 13. A position seen once before: its entries are no good for either occurrence.
+    const size_t slot = hashIndex(key);
+    if (occurrences == 1) {
+        invalidateEntry(lowerBoundTable, slot);
+        invalidateEntry(upperBoundTable, slot);
+        return best;
+    }
+
+    // 14. Store the bound.
+    HashEntry* table = best > testBound ? lowerBoundTable : upperBoundTable;
+    storeBound(table, slot, key, best, distance, remaining, level, bestMove, pos);
+    return best;
+}
