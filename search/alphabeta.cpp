@@ -199,8 +199,20 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
         PositionKey childKey = key;
         Material childMaterial = material;
         const Undo undo = makeOnBoard(childKey, side, pos, lists, m, childMaterial);
-        int64_t score = 0;
+        // The child's entry is fetched while the ordering terms are worked out.
         HashEntry& entry = upperBoundTable[hashIndex(childKey)];
+        __builtin_prefetch(&entry);
+        int64_t terms = 0;
+        if (i >= frontMoves) {
+            terms += historyTable[historyIndex(m, mover, side)];
+            if (m.promotion != 0) terms += (pieceValue[m.promotion] - 1000) * int64_t{4096};
+            if (victim > 0) {
+                const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
+                terms +=
+                    (2 * pieceValue[victim] + exchange) * int64_t{2048} - pieceValue[mover] * 32;
+            }
+        }
+        int64_t score = 0;
         if (usableEntry(entry, childKey, pos, -side)) {
             const int32_t v = -fromTableValue(entry.value, distance + 8);
             const int32_t enough = remaining - 8 > 0 ? remaining - 8 : 0;
@@ -215,15 +227,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
                 return result;
             }
         }
-        if (i >= frontMoves) {
-            score += historyTable[historyIndex(m, mover, side)];
-            if (m.promotion != 0) score += (pieceValue[m.promotion] - 1000) * int64_t{4096};
-            if (victim > 0) {
-                const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
-                score +=
-                    (2 * pieceValue[victim] + exchange) * int64_t{2048} - pieceValue[mover] * 32;
-            }
-        }
+        score += terms;
         scores[i] = score;
         unmakeOnBoard(side, pos, lists, m, undo);
     }
@@ -319,7 +323,11 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
                             const Material& material, int32_t testBound, int32_t distance,
                             ThreatKind moveThreat, Side side, MoveList& moves, int32_t lastIndex,
                             Position& pos, PieceLists& lists) {
-    // 1. Bookkeeping, and the interruption poll every pollInterval nodes.
+    // 1. Bookkeeping, and the interruption poll every pollInterval nodes. The node's table
+    //    slots are fetched meanwhile.
+    const size_t slot = hashIndex(key);
+    __builtin_prefetch(&lowerBoundTable[slot]);
+    __builtin_prefetch(&upperBoundTable[slot]);
     ++nodeCount;
     if (--pollCountdown == 0) {
         pollCountdown = pollInterval;
@@ -499,7 +507,6 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
     }
 
     // 13. A position seen once before: its entries are no good for either occurrence.
-    const size_t slot = hashIndex(key);
     if (occurrences == 1) {
         invalidateEntry(lowerBoundTable, slot);
         invalidateEntry(upperBoundTable, slot);
