@@ -101,6 +101,12 @@ TEST_F(Input, NothingWaitingOnAnOpenEmptyPipe) {
     EXPECT_FALSE(inputWaiting());
     ASSERT_EQ(write(ends[1], "e4\n", 3), 3);
     EXPECT_TRUE(inputWaiting());
+    // Once the word is read, the line end behind it is no new input.
+    EXPECT_EQ(nextWord(), "e4");
+    EXPECT_FALSE(inputWaiting());
+    // A new line, even an empty one, is a key pressed: it counts.
+    ASSERT_EQ(write(ends[1], "\n", 1), 1);
+    EXPECT_TRUE(inputWaiting());
     close(ends[1]);
 }
 

@@ -22,9 +22,12 @@ bool readLong(long& value);
 // nothing but the blanks is consumed and false is returned.
 bool readReal(double& value);
 
-// True when input is waiting: bytes that the reader has buffered and not yet used, or bytes on
-// descriptor 0 that a read would return without blocking (also true at end of input or when the
-// question cannot be answered).
+// Discards the rest of the current input line, up to (not including) its line end.
+void skipRestOfLine();
+
+// True when input is waiting: bytes other than blanks that the reader has buffered and not yet
+// used (buffered blanks are dropped), or bytes on descriptor 0 that a read would return without
+// blocking (also true at end of input or when the question cannot be answered).
 bool inputWaiting();
 
 // Forgets any buffered input and the end-of-input state (for tests).
