@@ -57,3 +57,21 @@ void updateClock(GameState& game, const TimeBudget& budget) {
     game.engineClock += game.bonusTime - elapsed;
     game.timeSurplus = game.bonusTime + budget.budget - elapsed;
 }
+
+void setEngineClock(GameState& game, long centiseconds) {
+    // Cut absurd clocks so that every sum below stays in range.
+    constexpr long limit = 100000000L * 100;
+    const long t = centiseconds < -limit ? -limit : centiseconds > limit ? limit : centiseconds;
+    game.engineClock = static_cast<int32_t>(t / 100 - 5);
+    const int32_t m = (game.plyCount + 1) / 2;
+    if (game.sessionMoves != 0) {
+        const int64_t left = game.sessionMoves - m % game.sessionMoves;
+        game.timeSurplus =
+            game.engineClock - static_cast<int32_t>(left * game.totalTime / game.sessionMoves);
+    } else if (m <= 60) {
+        game.timeSurplus =
+            game.engineClock - static_cast<int32_t>(int64_t{game.totalTime} * (60 - m) / 60);
+    } else {
+        game.timeSurplus = game.engineClock;
+    }
+}

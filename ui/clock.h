@@ -21,3 +21,7 @@ TimeBudget computeTimeBudget(GameState& game);
 // After the search: restores the depth setting and charges the elapsed time to the engine's
 // clock and schedule (nothing without time control).
 void updateClock(GameState& game, const TimeBudget& budget);
+
+// The interface's time command: the engine's clock in centiseconds; the schedule surplus follows
+// from the moves still to play in the session.
+void setEngineClock(GameState& game, long centiseconds);

@@ -4,9 +4,13 @@
 #include <cstring>
 
 #include "search/settings.h"
+#include "search/transtable.h"
+#include "ui/clock.h"
 #include "ui/display.h"
 #include "ui/input.h"
 #include "ui/loop.h"
+#include "ui/setup.h"
+#include "ui/xboard.h"
 
 // What a command's handler asks of the loop afterwards.
 enum class Then {
@@ -136,6 +140,171 @@ static Then evalCommand(GameState& game) {
     return Then::read;
 }
 
+// sw(itch): the engine takes over the side to move.
+static Then switchCommand(GameState& game) {
+    std::printf("%3ld. switch\n", static_cast<long>((game.plyCount + 2) / 2));
+    return goCommand(game);
+}
+
+// wh(ite) and bl(ack): the user takes the side to move, the engine the other one; pondering
+// waits for the user's next move.
+static Then colourCommand(GameState& game) {
+    if (game.ponderMode == 1) game.ponderMode = -1;
+    game.userSide = game.turn;
+    return Then::readClearPonder;
+}
+
+// in(verse): the board is shown from the other side.
+static Then inverseCommand(GameState& game) {
+    game.flipView = 1 - game.flipView;
+    if (!game.xboardMode) std::printf("flip view\n");
+    return Then::read;
+}
+
+// edi(t): the console editor, or the interface's edit sub-protocol in xboard mode.
+static Then editCommand(GameState& game) {
+    const bool valid = game.xboardMode ? editByProtocol(game) : editPosition(game);
+    if (valid) return Then::changed;
+    std::printf("Error (invalid position): edit\n");
+    game.loopState = loopFatal;
+    return Then::cycleEnd;
+}
+
+// ti(me): the engine's clock in centiseconds, from the interface.
+static Then timeCommand(GameState& game) {
+    long centiseconds = 0;
+    if (readLong(centiseconds)) setEngineClock(game, centiseconds);
+    return Then::read;
+}
+
+// ot(im): the opponent's clock, read and ignored.
+static Then otimCommand(GameState&) {
+    long ignored = 0;
+    readLong(ignored);
+    return Then::read;
+}
+
+// fl(ush): both tables and the history cleared.
+static Then flushCommand(GameState& game) {
+    clearSearchTables();
+    if (!game.xboardMode) std::printf("tables cleared\n");
+    return Then::readClearPonder;
+}
+
+// res(ult): the interface's result line; the engine stops playing.
+static Then resultCommand(GameState& game) {
+    skipRestOfLine();
+    game.userSide = 0;
+    return Then::readClearPonder;
+}
+
+// au(to232): moves through the files "mymove.txt" and "hismove.txt", on or off.
+static Then auto232Command(GameState& game) {
+    auto232Mode = 1 - auto232Mode;
+    if (!game.xboardMode) {
+        if (auto232Mode) {
+            std::printf("Auto232 Mode is on\nKovrel's output goes into \"mymove.txt\" and input "
+                        "in \"hismove.txt\"\n");
+        } else {
+            std::printf("Auto232 Mode is off\n");
+        }
+    }
+    return Then::read;
+}
+
+// wb(oard): quiet protocol mode on or off, unless fixed by -xboard.
+static Then wboardCommand(GameState& game) {
+    if (game.xboardFixed) return Then::read;
+    game.xboardMode = 1 - game.xboardMode;
+    std::printf("X-/WinBoard Mode is %s\n",
+                game.xboardMode ? "on (=quiet mode)" : "off (=verbose mode)");
+    return Then::read;
+}
+
+// pv: the principal variations in the search's reports, on or off (console only).
+static Then pvCommand(GameState& game) {
+    if (game.xboardMode) return Then::read;
+    game.showPv = 1 - game.showPv;
+    std::printf("Principal Variation is %s\n",
+                game.showPv ? "on (this need some CPU extra time)" : "off (so is Kovrel faster)");
+    return Then::read;
+}
+
+static Then postCommand(GameState& game) {
+    game.showPv = 1;
+    return Then::read;
+}
+
+static Then nopostCommand(GameState& game) {
+    game.showPv = 0;
+    return Then::read;
+}
+
+// hard: pondering on; the engine plays the side not to move.
+static Then hardCommand(GameState& game) {
+    if (game.ponderFixed && game.ponderMode != -1) return Then::readClearPonder;
+    game.ponderMode = 1;
+    if (interruptMode != -1) interruptMode = 1;
+    if (!game.xboardMode) std::printf("pondering is on (Kovrel thinks while you have to play)\n");
+    game.userSide = game.turn;
+    return Then::readClearPonder;
+}
+
+// easy: pondering off.
+static Then easyCommand(GameState& game) {
+    if (game.ponderFixed) return Then::readClearPonder;
+    game.ponderMode = 0;
+    if (interruptMode != -1) interruptMode = 0;
+    if (!game.xboardMode)
+        std::printf("pondering is off (Kovrel thinks only when he has to play)\n");
+    return Then::readClearPonder;
+}
+
+// hel(p): the summary of commands with the current settings.
+static Then helpCommand(GameState& game) {
+    showHelp(game);
+    return Then::read;
+}
+
+// Plies to go back or the move to replay: huge answers lead to the start like any other answer
+// outside the record.
+static int64_t plyArithmetic(long value) {
+    constexpr long limit = 1000000;
+    return value < -limit ? -limit : value > limit ? limit : value;
+}
+
+// rem(ove): takes back n plies (default 2).
+static Then removeCommand(GameState& game) {
+    if (!game.xboardMode) std::printf("\n#plies to take back: ");
+    std::fflush(stdout);
+    long n = 2;
+    if (!readNumber(n)) n = 2;
+    goToPly(game, game.plyCount - plyArithmetic(n));
+    return Then::changed;
+}
+
+// rep(lay): goes to move n of the record (default 0, the start).
+static Then replayCommand(GameState& game) {
+    if (!game.xboardMode) std::printf("\ngo to #move: ");
+    std::fflush(stdout);
+    long n = 0;
+    if (!readNumber(n)) n = 0;
+    goToPly(game, 2 * plyArithmetic(n));
+    return Then::changed;
+}
+
+// n: one ply forward through the record.
+static Then nextCommand(GameState& game) {
+    goToPly(game, game.plyCount + 1);
+    return Then::changed;
+}
+
+// p and un(do): one ply back.
+static Then previousCommand(GameState& game) {
+    goToPly(game, game.plyCount - 1);
+    return Then::changed;
+}
+
 // One command: the first characters that select it (the whole word when `alone`).
 struct Command {
     const char* prefix;
@@ -145,9 +314,16 @@ struct Command {
 
 // The commands, tried in this order; a word selects the first whose prefix it begins with.
 constexpr Command commandTable[] = {
-    {"qu", false, quitCommand}, {"st", false, stopCommand},  {"fo", false, stopCommand},
-    {"ev", false, evalCommand}, {"go", false, goCommand},    {"new", false, newCommand},
-    {"se", false, setCommand},  {"le", false, levelCommand},
+    {"go", false, goCommand},      {"sw", false, switchCommand},  {"wh", false, colourCommand},
+    {"bl", false, colourCommand},  {"new", false, newCommand},    {"qu", false, quitCommand},
+    {"in", false, inverseCommand}, {"ev", false, evalCommand},    {"edi", false, editCommand},
+    {"se", false, setCommand},     {"le", false, levelCommand},   {"ti", false, timeCommand},
+    {"ot", false, otimCommand},    {"fl", false, flushCommand},   {"st", false, stopCommand},
+    {"fo", false, stopCommand},    {"res", false, resultCommand}, {"au", false, auto232Command},
+    {"wb", false, wboardCommand},  {"pv", false, pvCommand},      {"po", false, postCommand},
+    {"no", false, nopostCommand},  {"hard", false, hardCommand},  {"easy", false, easyCommand},
+    {"hel", false, helpCommand},   {"rem", false, removeCommand}, {"rep", false, replayCommand},
+    {"n", true, nextCommand},      {"p", true, previousCommand},  {"un", false, previousCommand},
 };
 
 static bool selects(const Command& command, const char* word) {

@@ -13,3 +13,6 @@ void showLastMove(const GameState& game);
 // The ev(al) command: board and last move in every mode; in the console also both sides'
 // positional and material totals and the evaluation from the side to move's view.
 void showEvaluation(GameState& game);
+
+// The help screen: the commands, with the current settings in place.
+void showHelp(const GameState& game);

@@ -131,12 +131,14 @@ bool readReal(double& value) {
 }
 
 void skipRestOfLine() {
-    for (int32_t c = peek(0); c != -1 && c != '\n'; c = peek(0)) ++reader.start;
+    for (int32_t c = peek(0); c != -1 && c != '\n'; c = peek(0))
+        ++reader.start;
 }
 
 bool inputWaiting() {
     // Blanks left in the buffer behind the last word read are not new input.
-    while (reader.start < reader.end && isBlank(static_cast<unsigned char>(reader.bytes[reader.start])))
+    while (reader.start < reader.end &&
+           isBlank(static_cast<unsigned char>(reader.bytes[reader.start])))
         ++reader.start;
     if (reader.end > reader.start || reader.atEnd) return true;
     pollfd query = {0, POLLIN, 0};

@@ -188,12 +188,34 @@ static void engineMove(GameState& game, Move& chosen) {
     }
 }
 
+// Thinking on the opponent's time: a search for the side to move, without a time limit, until
+// input arrives; its move is the prediction, and the time it took counts for the engine's next
+// search when the prediction comes true.
+static void ponder(GameState& game) {
+    if (!game.xboardMode)
+        std::printf("\nKovrel is pondering... Ctrl-C or hit any key to stop it\n");
+    std::fflush(stdout);
+    searchTimeLimit = 0;
+    game.searchStartTime = static_cast<int32_t>(std::time(nullptr));
+    const int32_t keptDepth = fullWidthDepth;
+    fullWidthDepth = 248;
+    game.StopFlag = 0;
+    game.lastSearchIndex = runSearch(game, game.turn, game.legalMoves, game.lastLegalIndex,
+                                     game.position, game.showPv, ponderingSearch, ponderingSearch);
+    game.ponderTime = static_cast<int32_t>(std::time(nullptr)) - game.searchStartTime;
+    game.ponderMode = -1;
+    fullWidthDepth = keptDepth;
+}
+
 // Loop steps 3 to 5: reads words until one is a legal move (returned in `move`, loopState 1)
 // or a command sends the loop on. Returns false when standard input has ended.
 static bool readInput(GameState& game, Move& move) {
     char word[inputWordSize];
     for (;;) {
         std::fflush(stdout);
+        if (game.ponderMode == 1 && game.plyCount != 0 && game.userSide != 0 &&
+            game.lastLegalIndex >= 0)
+            ponder(game);
         if (!readWord(word)) return false;
         game.loopState = loopWaiting;
         if (game.lastLegalIndex != -1) {
