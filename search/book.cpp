@@ -7,38 +7,7 @@
 #include "core/movegen.h"
 #include "core/movetext.h"
 #include "core/position.h"
-
-static bool isBlank(int c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
-}
-
-// Next whitespace-separated token of the source, cut to bookTokenLength characters. False at
-// the end of the file.
-static bool readToken(FILE* file, char* token) {
-    int c = std::getc(file);
-    while (c != EOF && isBlank(c))
-        c = std::getc(file);
-    int32_t length = 0;
-    while (c != EOF && !isBlank(c)) {
-        if (length < bookTokenLength) token[length++] = static_cast<char>(c);
-        c = std::getc(file);
-    }
-    if (c != EOF) std::ungetc(c, file);
-    token[length] = '\0';
-    return length > 0;
-}
-
-// The rest of the current line, cut to bookTokenLength characters; the line end stays unread.
-static void readRestOfLine(FILE* file, char* rest) {
-    int32_t length = 0;
-    int c = std::getc(file);
-    while (c != EOF && c != '\n') {
-        if (length < bookTokenLength) rest[length++] = static_cast<char>(c);
-        c = std::getc(file);
-    }
-    if (c != EOF) std::ungetc(c, file);
-    rest[length] = '\0';
-}
+#include "core/textfile.h"
 
 void createBook() {
     FILE* source = std::fopen("openings.txt", "rt");
@@ -60,10 +29,10 @@ void createBook() {
     Side side = white;
     long mark = 0;
     char token[bookTokenLength + 1];
-    while (readToken(source, token)) {
+    while (readFileWord(source, token, bookTokenLength + 1)) {
         if (token[0] == '#') {
             char rest[bookTokenLength + 1];
-            readRestOfLine(source, rest);
+            readRestOfFileLine(source, rest, bookTokenLength + 1);
             std::printf("#%s\n", rest);
             atLineStart = true;
         } else if (token[0] == 'n' && token[1] == 'e') {

@@ -7,6 +7,7 @@
 #include "search/transtable.h"
 #include "ui/clock.h"
 #include "ui/display.h"
+#include "ui/gamefiles.h"
 #include "ui/input.h"
 #include "ui/loop.h"
 #include "ui/setup.h"
@@ -293,6 +294,18 @@ static Then replayCommand(GameState& game) {
     return Then::changed;
 }
 
+// sa(ve): the game into a PGN file.
+static Then saveCommand(GameState& game) {
+    saveGame(game);
+    return Then::read;
+}
+
+// lo(ad): a game or a FEN position from a file.
+static Then loadCommand(GameState& game) {
+    if (!loadGame(game)) return Then::read;
+    return game.loopState == loopFatal ? Then::cycleEnd : Then::changed;
+}
+
 // n: one ply forward through the record.
 static Then nextCommand(GameState& game) {
     goToPly(game, game.plyCount + 1);
@@ -314,16 +327,17 @@ struct Command {
 
 // The commands, tried in this order; a word selects the first whose prefix it begins with.
 constexpr Command commandTable[] = {
-    {"go", false, goCommand},      {"sw", false, switchCommand},  {"wh", false, colourCommand},
-    {"bl", false, colourCommand},  {"new", false, newCommand},    {"qu", false, quitCommand},
-    {"in", false, inverseCommand}, {"ev", false, evalCommand},    {"edi", false, editCommand},
-    {"se", false, setCommand},     {"le", false, levelCommand},   {"ti", false, timeCommand},
-    {"ot", false, otimCommand},    {"fl", false, flushCommand},   {"st", false, stopCommand},
-    {"fo", false, stopCommand},    {"res", false, resultCommand}, {"au", false, auto232Command},
-    {"wb", false, wboardCommand},  {"pv", false, pvCommand},      {"po", false, postCommand},
-    {"no", false, nopostCommand},  {"hard", false, hardCommand},  {"easy", false, easyCommand},
-    {"hel", false, helpCommand},   {"rem", false, removeCommand}, {"rep", false, replayCommand},
-    {"n", true, nextCommand},      {"p", true, previousCommand},  {"un", false, previousCommand},
+    {"go", false, goCommand},      {"sw", false, switchCommand},   {"wh", false, colourCommand},
+    {"bl", false, colourCommand},  {"new", false, newCommand},     {"qu", false, quitCommand},
+    {"in", false, inverseCommand}, {"ev", false, evalCommand},     {"edi", false, editCommand},
+    {"se", false, setCommand},     {"le", false, levelCommand},    {"ti", false, timeCommand},
+    {"ot", false, otimCommand},    {"lo", false, loadCommand},     {"sa", false, saveCommand},
+    {"fl", false, flushCommand},   {"st", false, stopCommand},     {"fo", false, stopCommand},
+    {"res", false, resultCommand}, {"au", false, auto232Command},  {"wb", false, wboardCommand},
+    {"pv", false, pvCommand},      {"po", false, postCommand},     {"no", false, nopostCommand},
+    {"hard", false, hardCommand},  {"easy", false, easyCommand},   {"hel", false, helpCommand},
+    {"rem", false, removeCommand}, {"rep", false, replayCommand},  {"n", true, nextCommand},
+    {"p", true, previousCommand},  {"un", false, previousCommand},
 };
 
 static bool selects(const Command& command, const char* word) {

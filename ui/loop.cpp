@@ -14,6 +14,7 @@
 #include "search/driver.h"
 #include "search/settings.h"
 #include "search/transtable.h"
+#include "ui/auto232.h"
 #include "ui/clock.h"
 #include "ui/commands.h"
 #include "ui/gameend.h"
@@ -132,7 +133,7 @@ void startNewGame(GameState& game) {
     game.engineClock = game.clockReset;
 }
 
-void playMove(GameState& game, const Move& move) {
+void recordMove(GameState& game, const Move& move) {
     game.moveHistory[game.plyCount] = move;
     game.keyHistory[game.keyCount + 1] = game.keyHistory[game.keyCount];
     ++game.keyCount;
@@ -148,6 +149,10 @@ void playMove(GameState& game, const Move& move) {
              move.fromRank, move.toFile, move.toRank, move.promotion, game.material, capturedSlot);
     ++game.plyCount;
     game.moveHistory[game.plyCount] = endMark;
+}
+
+void playMove(GameState& game, const Move& move) {
+    recordMove(game, move);
     if (game.plyCount == maxGamePlies) {
         std::printf("%ld plies played, memory overflow!\n", static_cast<long>(maxGamePlies));
         game.loopState = loopNewGame;
@@ -186,6 +191,7 @@ static void engineMove(GameState& game, Move& chosen) {
     } else {
         std::printf("%3ld. %s%s\n", number, game.plyCount % 2 ? "... " : "", text.text);
     }
+    if (auto232Mode) writeMoveFile(chosen, game.plyCount);
 }
 
 // Thinking on the opponent's time: a search for the side to move, without a time limit, until
@@ -216,7 +222,11 @@ static bool readInput(GameState& game, Move& move) {
         if (game.ponderMode == 1 && game.plyCount != 0 && game.userSide != 0 &&
             game.lastLegalIndex >= 0)
             ponder(game);
-        if (!readWord(word)) return false;
+        if (auto232Mode) {
+            waitForOpponentFile(word);
+        } else if (!readWord(word)) {
+            return false;
+        }
         game.loopState = loopWaiting;
         if (game.lastLegalIndex != -1) {
             const int32_t found = parseMoveInput(word, game.turn, game.position, game.legalMoves,
@@ -229,6 +239,7 @@ static bool readInput(GameState& game, Move& move) {
                 }
                 move = game.legalMoves.moves[found];
                 echoUserMove(game, move);
+                if (auto232Mode) writeMoveFile(move, game.plyCount);
                 return true;
             }
         }

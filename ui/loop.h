@@ -15,7 +15,11 @@ void resetGameState(GameState& game);
 // The new-game reset: banner, cleared tables, start position, user plays White.
 void startNewGame(GameState& game);
 
-// Records and plays one legal move of game.turn; starts a new game after maxGamePlies.
+// Records and plays one legal move of game.turn (not changing turn): the move and key
+// histories, the fifty-move counter, the position.
+void recordMove(GameState& game, const Move& move);
+
+// recordMove, then a new game once maxGamePlies plies are played.
 void playMove(GameState& game, const Move& move);
 
 // Cycles of the command loop until the program is to end (loopState 3 or 4).
