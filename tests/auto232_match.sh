@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# Auto232 for real: two Kovrel processes in two folders play each other through their move
+# files, while this script relays each side's moves ("mymove.txt") into the other side's
+# "hismove.txt". White's moves are the lines without a leading TAB, Black's those with one.
+# The game starts from a rook ending that White mates quickly, and must end with a result line
+# in both programs.
+#   auto232_match.sh KOVREL
+set -uo pipefail
+kovrel=$(realpath "$1")
+scratch=$(mktemp -d)
+pids=()
+cleanup() {
+    for pid in "${pids[@]}"; do kill "$pid" 2>/dev/null; done
+    rm -rf "$scratch"
+}
+trap cleanup EXIT
+mkdir "$scratch/white" "$scratch/black"
+fen="8/8/8/3k4/8/8/8/R3K2R w - - 0 1"
+echo "$fen" >"$scratch/white/start.fen"
+echo "$fen" >"$scratch/black/start.fen"
+
+# White's program plays White once "go" arrives in its move file; Black's program takes the
+# side to move as the user's (White) and so plays Black.
+mkfifo "$scratch/white/in" "$scratch/black/in"
+(cd "$scratch/white" && exec "$kovrel" -nobk <in >out) &
+pids+=($!)
+(cd "$scratch/black" && exec "$kovrel" -nobk <in >out) &
+pids+=($!)
+exec 3>"$scratch/white/in" 4>"$scratch/black/in"
+printf 'load start.fen\nlevel 0 0 0\nset 3 6\nauto232\n' >&3
+printf 'load start.fen\nlevel 0 0 0\nset 3 6\nwhite\nauto232\n' >&4
+echo go >"$scratch/white/hismove.txt"
+
+# Moves a complete move line of one side from `from`/mymove.txt to `to`/hismove.txt.
+relay() {
+    local from=$1 to=$2 wanted=$3 line
+    [[ -f $from/mymove.txt ]] || return
+    line=$(cat "$from/mymove.txt")
+    [[ $line == *$'\r' ]] || return # not completely written yet
+    rm -f "$from/mymove.txt"
+    if [[ $wanted == white && $line != $'\t'* ]] || [[ $wanted == black && $line == $'\t'* ]]; then
+        [[ -f $to/hismove.txt ]] && sleep 0.5 # the other side has not taken the last one yet
+        printf '%s\n' "${line//$'\t'/}" >"$to/hismove.txt.part"
+        mv "$to/hismove.txt.part" "$to/hismove.txt"
+    fi
+}
+
+result='^(1-0|0-1|1/2-1/2) \{'
+for _ in $(seq 1200); do
+    relay "$scratch/white" "$scratch/black" white
+    relay "$scratch/black" "$scratch/white" black
+    if grep -qE "$result" "$scratch/white/out" && grep -qE "$result" "$scratch/black/out"; then
+        break
+    fi
+    sleep 0.05
+done
+
+# Ctrl-C ends each program's wait for a move; the end of its input then ends the program.
+kill -INT "${pids[@]}" 2>/dev/null
+exec 3>&- 4>&-
+status=0
+for pid in "${pids[@]}"; do wait "$pid" || status=$?; done
+pids=()
+for side in white black; do
+    echo "== $side"
+    grep -E "$result|^ *[0-9]+\. |Error" "$scratch/$side/out"
+done
+white_result=$(grep -m1 -E "$result" "$scratch/white/out")
+black_result=$(grep -m1 -E "$result" "$scratch/black/out")
+unknown=$(grep -h 'Error' "$scratch"/*/out | grep -v 'Error (unknown command): $' || true)
+echo "results: white '$white_result', black '$black_result'; exit status $status"
+[[ -n $white_result && $white_result == "$black_result" && $status == 0 && -z $unknown ]]

@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# Plays Kovrel against another engine inside the real XBoard program, under a virtual X
+# display, and reports the results from the saved PGN.
+#
+#   tools/xboard_match.sh [GAMES] [OPPONENT] [MINUTES] [INCREMENT]
+#
+# Defaults: 2 games against fairymax at 1 minute plus 1 second a move. Needs the Debian
+# packages xboard, xvfb and the opponent (fairymax, phalanx or hoichess); installs them when
+# run as root. Kovrel is built in Release first. The games are saved in
+# build/xboard-match/games.pgn and XBoard's debug log in build/xboard-match/xboard.debug.
+set -euo pipefail
+games=${1:-2}
+opponent=${2:-fairymax}
+minutes=${3:-1}
+increment=${4:-1}
+root=$(cd "$(dirname "$0")/.." && pwd)
+work=$root/build/xboard-match
+
+export PATH=$PATH:/usr/games
+missing=()
+for tool in xboard Xvfb "$opponent"; do command -v "$tool" >/dev/null || missing+=("$tool"); done
+if ((${#missing[@]} > 0)); then
+    packages=(xboard xvfb "$opponent")
+    if [[ $(id -u) == 0 ]]; then
+        DEBIAN_FRONTEND=noninteractive apt-get install -y -qq "${packages[@]}" >/dev/null
+    else
+        echo "Error (missing ${missing[*]}): xboard_match" && exit 1
+    fi
+fi
+
+make -C "$root" all >/dev/null
+rm -rf "$work"
+mkdir -p "$work"
+cp "$root/openings.txt" "$work/"
+(cd "$work" && "$root/build/kovrel" -crbk </dev/null >book.log)
+
+display=:$((90 + RANDOM % 100))
+Xvfb "$display" -screen 0 1280x1024x24 >"$work/xvfb.log" 2>&1 &
+xvfb=$!
+trap 'kill $xvfb 2>/dev/null || true' EXIT
+sleep 1
+
+# Kovrel speaks protocol 1: no feature negotiation; XBoard sends the level, time and moves.
+DISPLAY=$display timeout $((games * (4 * minutes * 60 + 600))) xboard \
+    -fcp "$root/build/kovrel -xboard" -fd "$work" -firstProtocolVersion 1 \
+    -scp "$opponent" -sd "$work" \
+    -matchMode true -matchGames "$games" -timeControl "$minutes" -timeIncrement "$increment" \
+    -saveGameFile "$work/games.pgn" -autoCallFlag true -testClaims true \
+    -popupExitMessage false -ponderNextMove false -debugMode true -nameOfDebugFile "$work/xboard.debug" \
+    >"$work/xboard.log" 2>&1 || true
+
+echo "games saved in $work/games.pgn"
+grep -E '^\[(White|Black|Result|Termination)' "$work/games.pgn" || true
+grep -E '^\{|illegal|Illegal|forfeit|crash' "$work/games.pgn" "$work/xboard.debug" | head -20 || true
+results=$(grep -c '^\[Result "\(1-0\|0-1\|1/2-1/2\)"\]' "$work/games.pgn" || true)
+echo "$results of $games games ended with a result"
+((results == games))
