@@ -51,7 +51,8 @@ DISPLAY=$display timeout $((games * (4 * minutes * 60 + 600))) xboard \
 
 echo "games saved in $work/games.pgn"
 grep -E '^\[(White|Black|Result|Termination)' "$work/games.pgn" || true
-grep -E '^\{|illegal|Illegal|forfeit|crash' "$work/games.pgn" "$work/xboard.debug" | head -20 || true
+grep -oE '\{[^}]*\} (1-0|0-1|1/2-1/2|\*)' "$work/games.pgn" || true
+grep -iE 'illegal move|forfeit|crash' "$work/xboard.debug" | head -20 || true
 results=$(grep -c '^\[Result "\(1-0\|0-1\|1/2-1/2\)"\]' "$work/games.pgn" || true)
 echo "$results of $games games ended with a result"
 ((results == games))
