@@ -9,16 +9,21 @@
 #include "ui/gamestate.h"
 #include "ui/input.h"
 
-// Pause between two looks for the opponent's file, and before a move is written.
-static void waitAFifthOfASecond() {
-    timespec wait = {0, 200 * 1000 * 1000};
+int32_t auto232PauseMilliseconds = 200;
+int32_t auto232WaitLimit = -1;
+
+static void pauseBetweenLooks() {
+    if (auto232PauseMilliseconds <= 0) return;
+    timespec wait = {auto232PauseMilliseconds / 1000, (auto232PauseMilliseconds % 1000) * 1000000L};
     nanosleep(&wait, nullptr); // Ctrl-C may cut it short; the caller looks at the mode
 }
 
 void waitForOpponentFile(char* word) {
     word[0] = '\0';
     std::printf("waiting for the input in \"hismove.txt\":");
-    while (auto232Mode) {
+    std::fflush(stdout);
+    for (int32_t looks = 0; auto232Mode; ++looks) {
+        if (auto232WaitLimit >= 0 && looks >= auto232WaitLimit) auto232Mode = 0;
         FILE* file = std::fopen("hismove.txt", "rt");
         if (file != nullptr && auto232Mode) {
             std::printf("ok\n");
@@ -29,15 +34,16 @@ void waitForOpponentFile(char* word) {
             return;
         }
         if (file != nullptr) std::fclose(file);
+        if (!auto232Mode) break;
         std::printf(".");
         std::fflush(stdout);
-        waitAFifthOfASecond();
+        pauseBetweenLooks();
     }
     std::printf("interrupted\nAuto232 Mode is off\n");
 }
 
 void writeMoveFile(const Move& move, int32_t plyCount) {
-    waitAFifthOfASecond();
+    pauseBetweenLooks();
     FILE* file = std::fopen("mymove.txt", "wt");
     if (file == nullptr) {
         std::printf("Error (fopen(\"mymove.txt\", \"wt\")): auto232\n");

@@ -12,6 +12,8 @@
 #include "ui/loop.h"
 #include "ui/setup.h"
 
+bool plainFileNamesOnly = false;
+
 namespace {
 
 // Reads the file name word of save or load; false (with the error line) when there is none or
@@ -24,6 +26,10 @@ bool readFileName(const GameState& game, const char* prompt, const char* command
     if (!game.xboardMode) std::printf("\n");
     if (!read) {
         std::printf("Error (no file name): %s\n", command);
+        return false;
+    }
+    if (plainFileNamesOnly && std::strchr(word, '/') != nullptr) {
+        std::printf("Error (file name with a folder): %s\n", command);
         return false;
     }
     if (std::strlen(word) >= static_cast<size_t>(fileNameSize)) {
@@ -109,8 +115,19 @@ void playFromFile(GameState& game, const Move& m) {
     game.turn = -game.turn;
 }
 
+constexpr const char* fenCharacters = "12345678PNBRQKpnbrqk";
+
+PieceCode fenPiece(int c) {
+    const char* letters = "PNBRQKpnbrqk";
+    const char* at = std::strchr(letters, c);
+    const int32_t index = static_cast<int32_t>(at - letters);
+    return index < 6 ? index + 1 : -(index - 5);
+}
+
+} // namespace
+
 // Reads PGN games; the last game of the file (games are separated by "new" words) stays.
-void readGames(GameState& game, FILE* file) {
+void readGameFile(GameState& game, FILE* file) {
     char word[inputWordSize];
     bool have = readFileWord(file, word, inputWordSize);
     for (;;) {
@@ -153,17 +170,8 @@ void readGames(GameState& game, FILE* file) {
     }
 }
 
-constexpr const char* fenCharacters = "12345678PNBRQKpnbrqk";
-
-PieceCode fenPiece(int c) {
-    const char* letters = "PNBRQKpnbrqk";
-    const char* at = std::strchr(letters, c);
-    const int32_t index = static_cast<int32_t>(at - letters);
-    return index < 6 ? index + 1 : -(index - 5);
-}
-
 // Reads a FEN position from the start of the file and validates it.
-void readFen(GameState& game, FILE* file) {
+void readFenFile(GameState& game, FILE* file) {
     Position& pos = game.position;
     for (PieceCode& square : pos.squares)
         square = 0;
@@ -224,8 +232,6 @@ void readFen(GameState& game, FILE* file) {
     }
 }
 
-} // namespace
-
 void saveGame(GameState& game) {
     char name[fileNameSize];
     if (!readFileName(game, "save to file: ", "save", name)) return;
@@ -265,9 +271,9 @@ bool loadGame(GameState& game) {
     const char* dot = std::strchr(name, '.');
     const bool fen = dot != nullptr && dot != name && startsWith(dot + 1, "fen");
     if (fen) {
-        readFen(game, file);
+        readFenFile(game, file);
     } else {
-        readGames(game, file);
+        readGameFile(game, file);
     }
     std::fclose(file);
     if (game.loopState == loopFatal) return true;
