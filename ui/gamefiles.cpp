@@ -148,7 +148,8 @@ void readGameFile(GameState& game, FILE* file) {
         game.keyCount = 0;
         game.fiftyMoveCounter = 0;
         bool another = false;
-        while (have && word[0] != '*' && word[0] != '[') {
+        // A word that the end of the file cut off (no line end after it) is not taken.
+        while (have && !std::feof(file) && word[0] != '*' && word[0] != '[') {
             const int32_t last =
                 generateLegalMoves(game.turn, game.legalMoves, game.position, allMoves);
             const int32_t found =
@@ -221,6 +222,9 @@ void readFenFile(GameState& game, FILE* file) {
             break;
         }
     }
+    // The first other character ends the rights; the rest of the field (a "-") is passed over.
+    while (*p != '\0' && *p != ' ' && *p != '\t')
+        ++p;
     while (*p == ' ' || *p == '\t')
         ++p;
     pos.enPassant = 0;
