@@ -27,3 +27,33 @@ void makeMove(PositionKey& key, Side side, Position& pos, PieceLists& lists, int
 void unmakeMove(Side side, Position& pos, PieceLists& lists, int32_t fromFile, int32_t fromRank,
                 int32_t toFile, int32_t toRank, int32_t promotion, PieceCode capturedCode,
                 int32_t capturedSlot);
+
+// What a caller of the pair saves, following the calling protocol: the captured code, the
+// captured slot makeMove reports, and the three fields unmakeMove does not restore.
+struct MoveUndo {
+    PieceCode captured;
+    int32_t capturedSlot;
+    int32_t whiteCastling;
+    int32_t blackCastling;
+    int32_t enPassant;
+};
+
+// makeMove of `m`, saving what takeBack needs.
+inline MoveUndo playOnBoard(PositionKey& key, Side side, Position& pos, PieceLists& lists,
+                            const Move& m, Material& material) {
+    MoveUndo undo = {pos.squares[squareIndex(m.toFile, m.toRank)], 0, pos.whiteCastling,
+                     pos.blackCastling, pos.enPassant};
+    makeMove(key, side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
+             material, undo.capturedSlot);
+    return undo;
+}
+
+// unmakeMove of `m`, then the saved fields written back.
+inline void takeBack(Side side, Position& pos, PieceLists& lists, const Move& m,
+                     const MoveUndo& undo) {
+    unmakeMove(side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
+               undo.captured, undo.capturedSlot);
+    pos.whiteCastling = undo.whiteCastling;
+    pos.blackCastling = undo.blackCastling;
+    pos.enPassant = undo.enPassant;
+}

@@ -142,32 +142,6 @@ Probe probeTables(PositionKey key, int32_t remaining, int32_t distance, int32_t 
     return probe;
 }
 
-// The saved state a make/unmake pair restores.
-struct Undo {
-    PieceCode captured;
-    int32_t capturedSlot;
-    int32_t whiteCastling;
-    int32_t blackCastling;
-    int32_t enPassant;
-};
-
-Undo makeOnBoard(PositionKey& key, Side side, Position& pos, PieceLists& lists, const Move& m,
-                 Material& material) {
-    Undo undo = {pos.squares[squareIndex(m.toFile, m.toRank)], 0, pos.whiteCastling,
-                 pos.blackCastling, pos.enPassant};
-    makeMove(key, side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
-             material, undo.capturedSlot);
-    return undo;
-}
-
-void unmakeOnBoard(Side side, Position& pos, PieceLists& lists, const Move& m, const Undo& undo) {
-    unmakeMove(side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
-               undo.captured, undo.capturedSlot);
-    pos.whiteCastling = undo.whiteCastling;
-    pos.blackCastling = undo.blackCastling;
-    pos.enPassant = undo.enPassant;
-}
-
 // Ordering of the deep quiescence stage: most valuable victim, least valuable mover.
 int64_t captureOrderScore(const Position& pos, Side side, const Move& m) {
     const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
@@ -198,7 +172,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
         const int32_t victim = -side * pos.squares[squareIndex(m.toFile, m.toRank)];
         PositionKey childKey = key;
         Material childMaterial = material;
-        const Undo undo = makeOnBoard(childKey, side, pos, lists, m, childMaterial);
+        const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         // The child's entry is fetched while the ordering terms are worked out.
         HashEntry& entry = upperBoundTable[hashIndex(childKey)];
         __builtin_prefetch(&entry);
@@ -220,7 +194,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
                 score = static_cast<int64_t>(v - testBound) * 4096 + tableScoreBase;
             } else {
                 entry.age = searchAge;
-                unmakeOnBoard(side, pos, lists, m, undo);
+                takeBack(side, pos, lists, m, undo);
                 result.cutoff = true;
                 result.value = v < upper ? v : upper;
                 result.bestIndex = order[i];
@@ -229,7 +203,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
         }
         score += terms;
         scores[i] = score;
-        unmakeOnBoard(side, pos, lists, m, undo);
+        takeBack(side, pos, lists, m, undo);
     }
     return result;
 }
@@ -401,9 +375,9 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
 
         PositionKey childKey = key;
         Material childMaterial = material;
-        const Undo undo = makeOnBoard(childKey, side, pos, lists, m, childMaterial);
+        const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (mover != king && !isSquareSafe(pos, side, -1, 0)) {
-            unmakeOnBoard(side, pos, lists, m, undo);
+            takeBack(side, pos, lists, m, undo);
             game.fiftyMoveCounter = fiftyBefore;
             continue;
         }
@@ -478,7 +452,7 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
             best = v;
             bestMove = m;
         }
-        unmakeOnBoard(side, pos, lists, m, undo);
+        takeBack(side, pos, lists, m, undo);
         game.fiftyMoveCounter = fiftyBefore;
     }
 

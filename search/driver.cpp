@@ -107,36 +107,20 @@ bool arrange(Root& root) {
     return true;
 }
 
-struct Undo {
-    PieceCode captured;
-    int32_t capturedSlot;
-    int32_t whiteCastling;
-    int32_t blackCastling;
-    int32_t enPassant;
-};
-
 // Makes root move `index`, updating the fifty-move counter; the child's key and material.
-Undo makeRootMove(Root& root, int32_t index, PositionKey& childKey, Material& childMaterial) {
+MoveUndo makeRootMove(Root& root, int32_t index, PositionKey& childKey, Material& childMaterial) {
     const Move& m = root.moves.moves[index];
     const PieceCode mover = root.pos.squares[squareIndex(m.fromFile, m.fromRank)];
-    Undo undo = {root.pos.squares[squareIndex(m.toFile, m.toRank)], 0, root.pos.whiteCastling,
-                 root.pos.blackCastling, root.pos.enPassant};
+    const PieceCode target = root.pos.squares[squareIndex(m.toFile, m.toRank)];
     root.game.fiftyMoveCounter =
-        undo.captured != 0 || mover == root.side * pawn ? 0 : root.fiftyAtEntry + 1;
+        target != 0 || mover == root.side * pawn ? 0 : root.fiftyAtEntry + 1;
     childKey = root.key;
     childMaterial = root.material;
-    makeMove(childKey, root.side, root.pos, root.lists, m.fromFile, m.fromRank, m.toFile, m.toRank,
-             m.promotion, childMaterial, undo.capturedSlot);
-    return undo;
+    return playOnBoard(childKey, root.side, root.pos, root.lists, m, childMaterial);
 }
 
-void unmakeRootMove(Root& root, int32_t index, const Undo& undo) {
-    const Move& m = root.moves.moves[index];
-    unmakeMove(root.side, root.pos, root.lists, m.fromFile, m.fromRank, m.toFile, m.toRank,
-               m.promotion, undo.captured, undo.capturedSlot);
-    root.pos.whiteCastling = undo.whiteCastling;
-    root.pos.blackCastling = undo.blackCastling;
-    root.pos.enPassant = undo.enPassant;
+void unmakeRootMove(Root& root, int32_t index, const MoveUndo& undo) {
+    takeBack(root.side, root.pos, root.lists, root.moves.moves[index], undo);
     root.game.fiftyMoveCounter = root.fiftyAtEntry;
 }
 
@@ -166,7 +150,7 @@ void scoreRootMoves(Root& root) {
         const Move& m = root.moves.moves[i];
         PositionKey childKey;
         Material childMaterial;
-        const Undo undo = makeRootMove(root, i, childKey, childMaterial);
+        const MoveUndo undo = makeRootMove(root, i, childKey, childMaterial);
         RootMove& rm = root.rootMoves[i];
         rm.rootThreat = threatScan(root.pos, root.side, m.fromFile, m.fromRank, m.toFile, m.toRank);
         rm.staticScore = 2 * root.side *
@@ -223,7 +207,7 @@ void refineRange(Root& root, int32_t index) {
     searchTimeLimit = 0;
     PositionKey childKey;
     Material childMaterial;
-    const Undo undo = makeRootMove(root, index, childKey, childMaterial);
+    const MoveUndo undo = makeRootMove(root, index, childKey, childMaterial);
     MoveList replies;
     const int32_t lastReply = generateMoves(-root.side, replies, root.pos, root.lists, allMoves);
     for (int32_t test = 0; test < refinementTests && searchRunning; ++test) {
@@ -245,7 +229,7 @@ void refineRange(Root& root, int32_t index) {
 void printPrincipalVariation(Root& root, int32_t index) {
     PositionKey childKey;
     Material childMaterial;
-    const Undo undo = makeRootMove(root, index, childKey, childMaterial);
+    const MoveUndo undo = makeRootMove(root, index, childKey, childMaterial);
     char text[pvTextSize] = "";
     std::printf("] PV:");
     walkPrincipalVariation(childKey, root.pos, root.lists, -root.side, 8, 248, text);
@@ -317,7 +301,7 @@ void runPass(Root& root) {
 
         PositionKey childKey;
         Material childMaterial;
-        const Undo undo = makeRootMove(root, index, childKey, childMaterial);
+        const MoveUndo undo = makeRootMove(root, index, childKey, childMaterial);
         MoveList replies;
         const int32_t lastReply =
             generateMoves(-root.side, replies, root.pos, root.lists, allMoves);
