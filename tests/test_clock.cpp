@@ -320,8 +320,8 @@ TEST_F(ClockTest, TheCutIsUndoneAfterTheSearch) {
     ASSERT_EQ(fullWidthDepth, 16);
     chargeAfter(2, b);
     EXPECT_EQ(fullWidthDepth, 24);
-    EXPECT_EQ(game.engineClock, 13);     // 15 + 0 - 2
-    EXPECT_EQ(game.timeSurplus, 58);     // 0 + 60 - 2
+    EXPECT_EQ(game.engineClock, 13); // 15 + 0 - 2
+    EXPECT_EQ(game.timeSurplus, 58); // 0 + 60 - 2
 
     game.engineClock = 3;
     const TimeBudget c = computeTimeBudget(game);
@@ -369,8 +369,8 @@ TEST_F(ClockTest, ChargingRestoresTheDepthAfterTheBehindScheduleCut) {
     ASSERT_EQ(fullWidthDepth, 16);
     chargeAfter(1, b);
     EXPECT_EQ(fullWidthDepth, 24);
-    EXPECT_EQ(game.engineClock, 294);  // 295 - 1
-    EXPECT_EQ(game.timeSurplus, -14);  // -13 - 1
+    EXPECT_EQ(game.engineClock, 294); // 295 - 1
+    EXPECT_EQ(game.timeSurplus, -14); // -13 - 1
 }
 
 // ---- the interface's time command --------------------------------------------------------------

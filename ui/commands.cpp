@@ -125,8 +125,9 @@ static Then levelCommand(GameState& game) {
                     static_cast<long>(game.bonusTime));
     std::fflush(stdout);
     long bonus = 0;
-    if (readNumber(bonus) && bonus >= 0) {
-        game.bonusTime = clockSetting(bonus);
+    if (readNumber(bonus)) {
+        if (bonus >= 0) game.bonusTime = clockSetting(bonus);
+        // Any bonus answered turns "no time control" into one second, even a refused one.
         if (bonus != 0 && game.totalTime == 0) game.totalTime = 1;
     }
     game.timeSurplus = 0;

@@ -194,6 +194,12 @@ static void engineMove(GameState& game, Move& chosen) {
     if (auto232Mode) writeMoveFile(chosen, game.plyCount);
 }
 
+void creditPondering(GameState& game, int32_t moveIndex) {
+    if (game.ponderMode != -1) return;
+    game.ponderMode = 1;
+    if (moveIndex != game.lastSearchIndex) game.ponderTime = 0;
+}
+
 // Thinking on the opponent's time: a search for the side to move, without a time limit, until
 // input arrives; its move is the prediction, and the time it took counts for the engine's next
 // search when the prediction comes true.
@@ -233,10 +239,7 @@ static bool readInput(GameState& game, Move& move) {
                                                  game.lastLegalIndex);
             if (found >= 0) {
                 game.loopState = loopMoved;
-                if (game.ponderMode == -1) {
-                    game.ponderMode = 1;
-                    if (found != game.lastSearchIndex) game.ponderTime = 0;
-                }
+                creditPondering(game, found);
                 move = game.legalMoves.moves[found];
                 echoUserMove(game, move);
                 if (auto232Mode) writeMoveFile(move, game.plyCount);

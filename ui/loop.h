@@ -22,5 +22,10 @@ void recordMove(GameState& game, const Move& move);
 // recordMove, then a new game once maxGamePlies plies are played.
 void playMove(GameState& game, const Move& move);
 
+// The user's move `moveIndex` of legalMoves arrives after a pondering search: pondering is on
+// again, and its time counts for the engine's next search only when the move is the one the
+// pondering search predicted.
+void creditPondering(GameState& game, int32_t moveIndex);
+
 // Cycles of the command loop until the program is to end (loopState 3 or 4).
 void runCommandLoop(GameState& game);
