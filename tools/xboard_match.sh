@@ -2,9 +2,9 @@
 # Plays Kovrel against another engine inside the real XBoard program, under a virtual X
 # display, and reports the results from the saved PGN.
 #
-#   tools/xboard_match.sh [GAMES] [OPPONENT] [MINUTES] [INCREMENT]
+#   tools/xboard_match.sh [GAMES] [OPPONENT] [MINUTES] [INCREMENT] [WORKDIR]
 #
-# Defaults: 2 games against fairymax at 1 minute plus 1 second a move. Needs the Debian
+# Defaults: 2 games against fairymax at 1 minute plus 1 second a move, in build/xboard-match. Needs the Debian
 # packages xboard, xvfb and the opponent (fairymax, phalanx or hoichess); installs them when
 # run as root. Kovrel is built in Release first. The games are saved in
 # build/xboard-match/games.pgn and XBoard's debug log in build/xboard-match/xboard.debug.
@@ -14,7 +14,7 @@ opponent=${2:-fairymax}
 minutes=${3:-1}
 increment=${4:-1}
 root=$(cd "$(dirname "$0")/.." && pwd)
-work=$root/build/xboard-match
+work=${5:-$root/build/xboard-match}
 
 export PATH=$PATH:/usr/games
 missing=()
@@ -28,7 +28,7 @@ if ((${#missing[@]} > 0)); then
     fi
 fi
 
-make -C "$root" all >/dev/null
+[[ -x $root/build/kovrel ]] || make -C "$root" all >/dev/null
 rm -rf "$work"
 mkdir -p "$work"
 cp "$root/openings.txt" "$work/"
