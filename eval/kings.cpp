@@ -127,6 +127,17 @@ int32_t emptySquares(const Position& pos, int32_t r, int32_t from, int32_t to) {
     return count;
 }
 
+// The bonus of one wing the king may still castle to: its pawn prospect, and a share for each
+// empty square between king and rook (files firstEmpty..lastEmpty of the king's rank).
+int32_t wingProspect(const Position& pos, Side side, int32_t r, int32_t weight, int32_t mainFile,
+                     int32_t otherFile, int32_t firstEmpty, int32_t lastEmpty) {
+    const int32_t p = castlingProspect(pos, side, r, mainFile, otherFile);
+    if (p <= 0) return 0;
+    const int32_t worth = weight * kingShelterWeight * p;
+    return worth / prospectDivisor +
+           worth / emptySquareDivisor * emptySquares(pos, r, firstEmpty, lastEmpty);
+}
+
 int32_t shelterOrProspects(const EvalWork& w, const Position& pos, Side side, int32_t f,
                            int32_t r) {
     const int32_t weight = w.kingSafetyWeight;
@@ -136,22 +147,8 @@ int32_t shelterOrProspects(const EvalWork& w, const Position& pos, Side side, in
     }
     const int32_t rights = side > 0 ? pos.whiteCastling : pos.blackCastling;
     int32_t bonus = 0;
-    if (rights & queenSideCastling) {
-        const int32_t p = castlingProspect(pos, side, r, 0, 1);
-        if (p > 0) {
-            const int32_t worth = weight * kingShelterWeight * p;
-            bonus += worth / prospectDivisor;
-            bonus += worth / emptySquareDivisor * emptySquares(pos, r, 1, 3);
-        }
-    }
-    if (rights & kingSideCastling) {
-        const int32_t p = castlingProspect(pos, side, r, 6, 7);
-        if (p > 0) {
-            const int32_t worth = weight * kingShelterWeight * p;
-            bonus += worth / prospectDivisor;
-            bonus += worth / emptySquareDivisor * emptySquares(pos, r, 5, 6);
-        }
-    }
+    if (rights & queenSideCastling) bonus += wingProspect(pos, side, r, weight, 0, 1, 1, 3);
+    if (rights & kingSideCastling) bonus += wingProspect(pos, side, r, weight, 6, 7, 5, 6);
     return bonus;
 }
 
