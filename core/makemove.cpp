@@ -165,3 +165,71 @@ void unmakeMove(Side side, Position& pos, PieceLists& lists, int32_t fromFile, i
         lists.slots[enemy][capturedSlot][1] = toRank;
     }
 }
+
+// Castling rights of `side` after a move from `from` to `to` (rookFrom: the square a castling
+// rook leaves, or -1): a right stays only while its corner still holds the side's own rook.
+static int32_t rightsAfterMove(const Position& pos, Side side, int32_t rights, int32_t from,
+                               int32_t to, int32_t rookFrom) {
+    if (rights == 0) return 0;
+    const int32_t home = side > 0 ? 0 : 7;
+    const PieceCode ownRook = rook * side;
+    const auto rookStays = [&](int32_t file) {
+        const int32_t corner = squareIndex(file, home);
+        return pos.squares[corner] == ownRook && corner != from && corner != to &&
+               corner != rookFrom;
+    };
+    if (!rookStays(0)) rights &= kingSideCastling;
+    if (!rookStays(7)) rights &= queenSideCastling;
+    return rights;
+}
+
+PositionKey keyAfterMove(PositionKey key, Side side, const Position& pos, const Move& m) {
+    const int32_t from = squareIndex(m.fromFile, m.fromRank);
+    const int32_t to = squareIndex(m.toFile, m.toRank);
+    const PieceCode victim = pos.squares[to];
+    const int32_t kind = side * pos.squares[from];
+    int32_t newEnPassant = 0;
+    int32_t rookFrom = -1;
+    int32_t whiteRights = pos.whiteCastling;
+    int32_t blackRights = pos.blackCastling;
+    if (victim != 0) key ^= pieceSquareKeys[keyKind(victim)][to];
+    if (kind == pawn) {
+        if (victim == 0 && m.toFile != m.fromFile)
+            key ^= pieceSquareKeys[keyKind(-side)][squareIndex(m.toFile, m.fromRank)];
+        const PieceCode arriving = m.toRank == 0 || m.toRank == 7 ? side * m.promotion : side;
+        key ^= pieceSquareKeys[keyKind(arriving)][to];
+        key ^= pieceSquareKeys[keyKind(side)][from];
+        if ((m.toRank - m.fromRank) * side == 2) newEnPassant = (m.toFile + 1) * side;
+    } else {
+        const PieceCode code = kind * side;
+        key ^= pieceSquareKeys[keyKind(code)][to] ^ pieceSquareKeys[keyKind(code)][from];
+        if (kind == king) {
+            const PieceCode ownRook = rook * side;
+            if (m.toFile - m.fromFile == 2) {
+                rookFrom = squareIndex(7, m.toRank);
+                key ^= pieceSquareKeys[keyKind(ownRook)][squareIndex(5, m.toRank)] ^
+                       pieceSquareKeys[keyKind(ownRook)][rookFrom];
+            } else if (m.toFile - m.fromFile == -2) {
+                rookFrom = squareIndex(0, m.toRank);
+                key ^= pieceSquareKeys[keyKind(ownRook)][squareIndex(3, m.toRank)] ^
+                       pieceSquareKeys[keyKind(ownRook)][rookFrom];
+            }
+            (side > 0 ? whiteRights : blackRights) = 0;
+        }
+    }
+    whiteRights = rightsAfterMove(pos, white, whiteRights, from, to, rookFrom);
+    blackRights = rightsAfterMove(pos, black, blackRights, from, to, rookFrom);
+    if (whiteRights != pos.whiteCastling) {
+        if (pos.whiteCastling != 0) key ^= castlingKey(white, pos.whiteCastling);
+        if (whiteRights != 0) key ^= castlingKey(white, whiteRights);
+    }
+    if (blackRights != pos.blackCastling) {
+        if (pos.blackCastling != 0) key ^= castlingKey(black, pos.blackCastling);
+        if (blackRights != 0) key ^= castlingKey(black, blackRights);
+    }
+    if (newEnPassant != pos.enPassant) {
+        if (pos.enPassant != 0) key ^= enPassantKey(pos.enPassant);
+        if (newEnPassant != 0) key ^= enPassantKey(newEnPassant);
+    }
+    return key;
+}

@@ -57,3 +57,8 @@ inline void takeBack(Side side, Position& pos, PieceLists& lists, const Move& m,
     pos.blackCastling = undo.blackCastling;
     pos.enPassant = undo.enPassant;
 }
+
+// The key the position would have after the move of `side`, exactly as makeMove leaves it, with
+// the position untouched: the search uses it to look at a child's table entry before (or
+// without) making the move.
+PositionKey keyAfterMove(PositionKey key, Side side, const Position& pos, const Move& m);

@@ -165,29 +165,40 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
                     int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
                     const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
                     Position& pos, PieceLists& lists) {
+    // The children's upper-bound slots are fetched together, from keys worked out without
+    // making the moves; a move is made only when its slot holds its child's key or its capture
+    // needs the exchange on the board after it.
+    PositionKey childKeys[maxMoves];
+    for (int32_t i = 0; i <= lastIndex; ++i) {
+        childKeys[i] = keyAfterMove(key, side, pos, moves.moves[order[i]]);
+        __builtin_prefetch(&upperBoundTable[hashIndex(childKeys[i])]);
+    }
     Ordering result;
     for (int32_t i = 0; i <= lastIndex; ++i) {
         const Move& m = moves.moves[order[i]];
         const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
         const int32_t victim = -side * pos.squares[squareIndex(m.toFile, m.toRank)];
+        HashEntry& entry = upperBoundTable[hashIndex(childKeys[i])];
+        const bool stored = entryHasKey(entry, childKeys[i]);
+        const bool behindFront = i >= frontMoves;
+        int64_t terms = 0;
+        if (behindFront) {
+            terms += historyTable[historyIndex(m, mover, side)];
+            if (m.promotion != 0) terms += (pieceValue[m.promotion] - 1000) * int64_t{4096};
+        }
+        if (!stored && !(behindFront && victim > 0)) {
+            scores[i] = terms;
+            continue;
+        }
         PositionKey childKey = key;
         Material childMaterial = material;
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
-        // The child's entry is fetched while the ordering terms are worked out.
-        HashEntry& entry = upperBoundTable[hashIndex(childKey)];
-        __builtin_prefetch(&entry);
-        int64_t terms = 0;
-        if (i >= frontMoves) {
-            terms += historyTable[historyIndex(m, mover, side)];
-            if (m.promotion != 0) terms += (pieceValue[m.promotion] - 1000) * int64_t{4096};
-            if (victim > 0) {
-                const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
-                terms +=
-                    (2 * pieceValue[victim] + exchange) * int64_t{2048} - pieceValue[mover] * 32;
-            }
+        if (behindFront && victim > 0) {
+            const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
+            terms += (2 * pieceValue[victim] + exchange) * int64_t{2048} - pieceValue[mover] * 32;
         }
         int64_t score = 0;
-        if (usableEntry(entry, childKey, pos, -side)) {
+        if (stored && usableEntry(entry, childKey, pos, -side)) {
             const int32_t v = -fromTableValue(entry.value, distance + 8);
             const int32_t enough = remaining - 8 > 0 ? remaining - 8 : 0;
             if (v <= testBound || entry.depthLeft < enough) {
@@ -201,8 +212,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
                 return result;
             }
         }
-        score += terms;
-        scores[i] = score;
+        scores[i] = score + terms;
         takeBack(side, pos, lists, m, undo);
     }
     return result;

@@ -83,6 +83,12 @@ inline size_t hashIndex(PositionKey key) {
     return static_cast<size_t>(key >> (64 - hashBits));
 }
 
+// Whether an entry was written for the position with this key.
+inline bool entryHasKey(const HashEntry& entry, PositionKey key) {
+    return entry.keyLow == static_cast<uint32_t>(key) &&
+           entry.keyHigh == static_cast<uint32_t>(key >> 32);
+}
+
 // A mate value made relative to the storing node at `distance`, and back at the probing node.
 int32_t toTableValue(int32_t value, int32_t distance);
 int32_t fromTableValue(int32_t stored, int32_t distance);

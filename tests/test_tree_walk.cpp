@@ -1,5 +1,6 @@
 // Walks perft trees and checks at every node that make and unmake keep the position and its
-// companions consistent: the incremental key equals the key computed from scratch, the lists
+// companions consistent: the incremental key equals the key computed from scratch (and the key
+// predicted without making the move), the lists
 // and slotOf describe the squares, the material is the sum of the live pieces, and taking a move
 // back (with the three saved fields written back) restores everything exactly.
 #include <gtest/gtest.h>
@@ -51,12 +52,13 @@ void walk(Walk& w, Side side, int32_t depth, PositionKey key, const Material& ma
         const Position before = w.pos;
         const PieceLists listsBefore = w.lists;
         const PieceCode captured = w.pos.squares[squareIndex(m.toFile, m.toRank)];
+        const PositionKey predicted = keyAfterMove(key, side, w.pos, m);
         PositionKey childKey = key;
         Material childMaterial = material;
         int32_t capturedSlot = 0;
         makeMove(childKey, side, w.pos, w.lists, m.fromFile, m.fromRank, m.toFile, m.toRank,
                  m.promotion, childMaterial, capturedSlot);
-        if (childKey != computeKey(w.pos)) ++w.failures;
+        if (childKey != computeKey(w.pos) || predicted != childKey) ++w.failures;
         if (isSquareSafe(w.pos, side, -1, 0)) walk(w, -side, depth - 1, childKey, childMaterial);
         unmakeMove(side, w.pos, w.lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
                    captured, capturedSlot);
