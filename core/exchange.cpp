@@ -30,26 +30,20 @@ static bool usable(Position& pos, Side side, int32_t file, int32_t rank, int32_t
     return safe;
 }
 
-static void consider(Capturer& best, Position& pos, Side side, int32_t f, int32_t r, int32_t kind,
-                     int32_t pinCheck) {
-    if (best.kind != 0 && kind >= best.kind) return;
-    if (!usable(pos, side, f, r, pinCheck)) return;
-    best = {f, r, kind};
-}
+// The pieces of `side` other than the king that attack (file, rank) directly, in scan order:
+// knights, then the first piece of each diagonal ray, then of each straight ray.
+struct Candidates {
+    Capturer piece[16];
+    int32_t count = 0;
+};
 
-// Least valuable capturer of `side` on (file, rank), the king excluded: knights, then the
-// diagonal rays, then the straight rays; among equal kinds the first found.
-static Capturer leastValuableCapturer(Position& pos, Side side, int32_t file, int32_t rank,
-                                      int32_t pinCheck) {
-    Capturer best = {-1, -1, 0};
+static Candidates capturersOf(const Position& pos, Side side, int32_t file, int32_t rank) {
+    Candidates c;
     for (const auto& step : knightSteps) {
         const int32_t f = file + step[0];
         const int32_t r = rank + step[1];
-        if (onBoard(f, r) && side * pos.squares[squareIndex(f, r)] == knight &&
-            usable(pos, side, f, r, pinCheck)) {
-            best = {f, r, knight};
-            break;
-        }
+        if (onBoard(f, r) && side * pos.squares[squareIndex(f, r)] == knight)
+            c.piece[c.count++] = {f, r, knight};
     }
     for (const auto& step : exchangeDiagonals) {
         int32_t f = file + step[0];
@@ -64,7 +58,7 @@ static Capturer leastValuableCapturer(Position& pos, Side side, int32_t file, in
         const int32_t kind = side * pos.squares[squareIndex(f, r)];
         // A pawn above the square captures downwards (Black), one below upwards (White).
         if (kind == bishop || kind == queen || (kind == pawn && distance == 1 && step[1] == -side))
-            consider(best, pos, side, f, r, kind, pinCheck);
+            c.piece[c.count++] = {f, r, kind};
     }
     for (const auto& step : exchangeStraights) {
         int32_t f = file + step[0];
@@ -75,9 +69,26 @@ static Capturer leastValuableCapturer(Position& pos, Side side, int32_t file, in
         }
         if (!onBoard(f, r)) continue;
         const int32_t kind = side * pos.squares[squareIndex(f, r)];
-        if (kind == rook || kind == queen) consider(best, pos, side, f, r, kind, pinCheck);
+        if (kind == rook || kind == queen) c.piece[c.count++] = {f, r, kind};
     }
-    return best;
+    return c;
+}
+
+// Least valuable capturer of `side` on (file, rank), the king excluded: the usable candidate of
+// the smallest kind, the first found (knights, diagonals, straights) among equal kinds. With
+// the pin check on, none while the own king is attacked.
+static Capturer leastValuableCapturer(Position& pos, Side side, int32_t file, int32_t rank,
+                                      int32_t pinCheck) {
+    const Candidates c = capturersOf(pos, side, file, rank);
+    if (c.count == 0) return {-1, -1, 0};
+    if (pinCheck && !isSquareSafe(pos, side, -1, 0)) return {-1, -1, 0};
+    for (int32_t kind = pawn; kind <= queen; ++kind) {
+        for (int32_t i = 0; i < c.count; ++i) {
+            const Capturer& p = c.piece[i];
+            if (p.kind == kind && usable(pos, side, p.file, p.rank, pinCheck)) return p;
+        }
+    }
+    return {-1, -1, 0};
 }
 
 // The king of `side` as the last resort: it captures when it stands next to the square and the
@@ -113,9 +124,7 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
     for (;;) {
         // A pawn of s on the square keeps lines through it closed and counts it as occupied.
         pos.squares[target] = s;
-        Capturer capturer = {-1, -1, 0};
-        if (!pinCheck || isSquareSafe(pos, s, -1, 0))
-            capturer = leastValuableCapturer(pos, s, file, rank, pinCheck);
+        Capturer capturer = leastValuableCapturer(pos, s, file, rank, pinCheck);
         if (capturer.kind == 0) capturer = kingCapturer(pos, s, file, rank);
         if (capturer.kind == 0) break;
 
