@@ -73,151 +73,70 @@ protected:
     int32_t savedInterruptMode = 0;
 };
 
-// ---- the budget -------------------------------------------------------------------------------
+// ---- the budget and the depth cut -------------------------------------------------------------
 
-TEST_F(ClockTest, DefaultLevelFirstMoveAsWhite) {
-    // 3600 / 60 + 0, minus 5 on the first move; early stop min(3600 / 120, 55 / 2).
-    ASSERT_EQ(game.plyCount, 0);
-    const TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 55);
-    EXPECT_EQ(searchTimeLimit, 55);
-    EXPECT_EQ(b.earlyStopTime, 27);
-    EXPECT_EQ(fullWidthDepth, 24);
-    EXPECT_EQ(b.keptDepth, 24);
-}
+// One search's clock: the level (moves per session, seconds, bonus), the ply about to be
+// played, the engine's clock and surplus and the depth setting before; then the budget, the
+// time limit, the early-stop time and the depth setting the search gets.
+struct BudgetCase {
+    const char* what;
+    int32_t moves, seconds, bonus, ply, clock, surplus, depthBefore;
+    int32_t budget, limit, earlyStop, depthAfter;
+};
 
-TEST_F(ClockTest, DefaultLevelFirstMoveAsBlackIsStillMoveOne) {
-    game.plyCount = 1; // move number (1 + 2) / 2 = 1
-    const TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 55);
-    EXPECT_EQ(searchTimeLimit, 55);
-}
+// All moves in 60 minutes: a 60th plus the surplus (minus 5 on the first move), a tenth of the
+// clock from move 50 with a bonus of at most 2 (and beyond move 60 the surplus alone with a
+// larger bonus); early stop at min(3600 / 120, limit / 2). 40 moves in 5 minutes: the surplus
+// plus 7; early stop (300 / 40) / 2 = 3. A budget of 0 or less still gets one second, and one
+// of -5 or less cuts a deeper setting to two plies. With a bonus of at most 2, a clock of 3
+// seconds means one ply, and up to 20 seconds two plies when all moves share one session.
+const BudgetCase budgetCases[] = {
+    {"default, White's first move", 0, 3600, 0, 0, 3595, 0, 24, 55, 55, 27, 24},
+    {"default, Black's first move", 0, 3600, 0, 1, 3595, 0, 24, 55, 55, 27, 24},
+    {"default, move 2, ahead", 0, 3600, 0, 2, 3595, 13, 24, 73, 73, 30, 24},
+    {"default, move 2, behind", 0, 3600, 0, 2, 3595, -20, 24, 40, 40, 20, 24},
+    {"40 in 5, first move", 40, 300, 0, 0, 295, 0, 24, 2, 2, 3, 24},
+    {"40 in 5, move 6", 40, 300, 0, 10, 295, 5, 24, 12, 12, 3, 24},
+    {"40 in 5, budget 0", 40, 300, 0, 10, 295, -7, 24, 0, 1, 3, 24},
+    {"40 in 5, budget 1", 40, 300, 0, 10, 295, -6, 24, 1, 1, 3, 24},
+    {"40 in 5, first move behind", 40, 300, 0, 0, 295, -3, 24, -1, 1, 3, 24},
+    {"40 in 5, budget -4", 40, 300, 0, 10, 295, -11, 24, -4, 1, 3, 24},
+    {"40 in 5, budget -5 cuts", 40, 300, 0, 10, 295, -12, 24, -5, 1, 3, 16},
+    {"far behind, two plies stay", 40, 300, 0, 10, 295, -40, 16, -33, 1, 3, 16},
+    {"far behind, one ply stays", 40, 300, 0, 10, 295, -40, 8, -33, 1, 3, 8},
+    {"move 49", 0, 3600, 0, 96, 900, 4, 24, 64, 64, 30, 24},
+    {"move 50, a tenth", 0, 3600, 0, 98, 900, 4, 24, 90, 90, 30, 24},
+    {"move 50, bonus 3", 0, 3600, 3, 98, 900, 4, 24, 64, 64, 30, 24},
+    {"move 60, bonus 3", 0, 3600, 3, 118, 3595, 9, 24, 69, 69, 30, 24},
+    {"move 61, bonus 3", 0, 3600, 3, 120, 900, 9, 24, 9, 9, 4, 24},
+    {"move 61, bonus 2", 0, 3600, 2, 120, 457, 9, 24, 45, 45, 22, 24},
+    {"3 seconds left", 0, 3600, 0, 10, 3, 0, 24, 60, 60, 30, 8},
+    {"4 seconds left", 0, 3600, 0, 10, 4, 0, 24, 60, 60, 30, 16},
+    {"15 seconds left", 0, 3600, 0, 10, 15, 0, 24, 60, 60, 30, 16},
+    {"20 seconds left", 0, 3600, 0, 10, 20, 0, 24, 60, 60, 30, 16},
+    {"21 seconds left", 0, 3600, 0, 10, 21, 0, 24, 60, 60, 30, 24},
+    {"sessions, 4 seconds left", 40, 300, 0, 10, 4, 0, 24, 7, 7, 3, 24},
+    {"sessions, 20 seconds left", 40, 300, 0, 10, 20, 0, 24, 7, 7, 3, 24},
+    {"sessions, 3 seconds left", 40, 300, 0, 10, 3, 0, 24, 7, 7, 3, 8},
+    {"bonus 3, 3 seconds left", 0, 3600, 3, 10, 3, 0, 24, 60, 60, 30, 24},
+    {"bonus 3, 15 seconds left", 0, 3600, 3, 10, 15, 0, 24, 60, 60, 30, 24},
+    {"bonus 2, 15 seconds left", 0, 3600, 2, 10, 15, 0, 24, 60, 60, 30, 16},
+};
 
-TEST_F(ClockTest, DefaultLevelLaterMovesAddTheSurplus) {
-    game.plyCount = 2; // move 2: no first-move discount
-    game.timeSurplus = 13;
-    TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 73);
-    EXPECT_EQ(searchTimeLimit, 73);
-    // min(30, 73 / 2 = 36)
-    EXPECT_EQ(b.earlyStopTime, 30);
-
-    game.timeSurplus = -20;
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 40);
-    // min(30, 40 / 2 = 20)
-    EXPECT_EQ(b.earlyStopTime, 20);
-}
-
-TEST_F(ClockTest, FortyMovesInFiveMinutes) {
-    level(40, 300, 0);
-    // First move: 0 + 300 / 40 = 7, minus 5.
-    TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 2);
-    EXPECT_EQ(searchTimeLimit, 2);
-    EXPECT_EQ(b.earlyStopTime, 3); // (300 / 40) / 2
-    EXPECT_EQ(fullWidthDepth, 24);
-
-    // Later moves: surplus + 7.
-    game.plyCount = 10;
-    game.timeSurplus = 5;
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 12);
-    EXPECT_EQ(searchTimeLimit, 12);
-    EXPECT_EQ(b.earlyStopTime, 3);
-
-    game.timeSurplus = -7; // budget exactly 0: a search still gets one second
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 0);
-    EXPECT_EQ(searchTimeLimit, 1);
-    EXPECT_EQ(fullWidthDepth, 24);
-
-    game.timeSurplus = -6; // budget 1
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 1);
-    EXPECT_EQ(searchTimeLimit, 1);
-}
-
-TEST_F(ClockTest, FortyMovesInFiveMinutesFirstMoveBehindSchedule) {
-    level(40, 300, 0);
-    game.timeSurplus = -3; // -3 + 7 - 5 = -1: one second, the depth setting stays
-    TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, -1);
-    EXPECT_EQ(searchTimeLimit, 1);
-    EXPECT_EQ(fullWidthDepth, 24);
-}
-
-TEST_F(ClockTest, FarBehindScheduleCutsTheDepthToTwoPlies) {
-    level(40, 300, 0);
-    game.plyCount = 10;
-    game.timeSurplus = -11; // budget -4: one second, depth kept
-    TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, -4);
-    EXPECT_EQ(searchTimeLimit, 1);
-    EXPECT_EQ(fullWidthDepth, 24);
-
-    game.timeSurplus = -12; // budget -5: one second and two plies
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, -5);
-    EXPECT_EQ(searchTimeLimit, 1);
-    EXPECT_EQ(fullWidthDepth, 16);
-    EXPECT_EQ(b.keptDepth, 24);
-}
-
-TEST_F(ClockTest, FarBehindScheduleLeavesAShallowSettingAlone) {
-    level(40, 300, 0);
-    game.plyCount = 10;
-    game.timeSurplus = -40;
-    fullWidthDepth = 16; // not above two plies: stays
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 16);
-    fullWidthDepth = 8;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 8);
-    EXPECT_EQ(searchTimeLimit, 1);
-}
-
-TEST_F(ClockTest, AllMovesInOneSessionLateInTheGame) {
-    // Move 49: still a 60th of the total time plus the surplus.
-    game.plyCount = 96;
-    game.engineClock = 900;
-    game.timeSurplus = 4;
-    TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 64);
-
-    // Move 50: a tenth of the clock (bonus at most 2).
-    game.plyCount = 98;
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 90);
-
-    // ... but with a larger bonus still the 60th and the surplus.
-    game.bonusTime = 3;
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 64);
-
-    // Beyond move 60 with a larger bonus: the surplus alone.
-    game.plyCount = 120; // move 61
-    game.timeSurplus = 9;
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 9);
-
-    // Beyond move 60 with bonus 2: a tenth of the clock.
-    game.bonusTime = 2;
-    game.engineClock = 457;
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 45);
-    EXPECT_EQ(searchTimeLimit, 45);
-    // min(3600 / 120 = 30, 45 / 2 = 22)
-    EXPECT_EQ(b.earlyStopTime, 22);
-}
-
-TEST_F(ClockTest, MoveSixtyIsNotBeyondSixty) {
-    game.bonusTime = 3;
-    game.plyCount = 118; // move 60: the 60th and the surplus
-    game.timeSurplus = 9;
-    EXPECT_EQ(computeTimeBudget(game).budget, 69);
-    game.plyCount = 120; // move 61: the surplus alone
-    EXPECT_EQ(computeTimeBudget(game).budget, 9);
+TEST_F(ClockTest, BudgetsAndDepthCuts) {
+    for (const BudgetCase& c : budgetCases) {
+        level(c.moves, c.seconds, c.bonus);
+        game.plyCount = c.ply;
+        game.engineClock = c.clock;
+        game.timeSurplus = c.surplus;
+        fullWidthDepth = c.depthBefore;
+        const TimeBudget b = computeTimeBudget(game);
+        EXPECT_EQ(b.budget, c.budget) << c.what;
+        EXPECT_EQ(searchTimeLimit, c.limit) << c.what;
+        EXPECT_EQ(b.earlyStopTime, c.earlyStop) << c.what;
+        EXPECT_EQ(fullWidthDepth, c.depthAfter) << c.what;
+        EXPECT_EQ(b.keptDepth, c.depthBefore) << c.what;
+    }
 }
 
 TEST_F(ClockTest, NoTimeControl) {
@@ -235,82 +154,6 @@ TEST_F(ClockTest, NoTimeControl) {
     EXPECT_EQ(game.engineClock, 2);
     EXPECT_EQ(game.timeSurplus, 17);
     EXPECT_EQ(fullWidthDepth, 24);
-}
-
-// ---- the depth cut for a nearly empty clock --------------------------------------------------
-// Every case keeps its budget well above -5 (move 6 of all moves in 60 minutes: 60 seconds
-// plus the surplus of 0), so only the clock decides.
-
-TEST_F(ClockTest, ThreeSecondsLeftMeanOnePly) {
-    game.plyCount = 10;
-    game.engineClock = 3;
-    const TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 60);
-    EXPECT_EQ(searchTimeLimit, 60);
-    EXPECT_EQ(fullWidthDepth, 8);
-    EXPECT_EQ(b.keptDepth, 24);
-}
-
-TEST_F(ClockTest, FourSecondsLeftMeanTwoPlies) {
-    game.plyCount = 10;
-    game.engineClock = 4;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 16);
-}
-
-TEST_F(ClockTest, FifteenSecondsLeftMeanTwoPlies) {
-    game.plyCount = 10;
-    game.engineClock = 15;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 16);
-}
-
-TEST_F(ClockTest, TwentySecondsLeftMeanTwoPlies) {
-    game.plyCount = 10;
-    game.engineClock = 20;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 16);
-}
-
-TEST_F(ClockTest, TwentyOneSecondsLeftKeepTheSetting) {
-    game.plyCount = 10;
-    game.engineClock = 21;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 24);
-}
-
-TEST_F(ClockTest, SessionsCutOnlyAtThreeSeconds) {
-    level(40, 300, 0);
-    game.plyCount = 10;
-    game.engineClock = 4; // with sessions, no two-ply cut
-    TimeBudget b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 7);
-    EXPECT_EQ(fullWidthDepth, 24);
-
-    game.engineClock = 20;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 24);
-
-    game.engineClock = 3; // one ply with sessions too
-    b = computeTimeBudget(game);
-    EXPECT_EQ(b.budget, 7);
-    EXPECT_EQ(fullWidthDepth, 8);
-}
-
-TEST_F(ClockTest, BonusAboveTwoSecondsSkipsTheCut) {
-    game.plyCount = 10;
-    game.engineClock = 3;
-    game.bonusTime = 3;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 24);
-
-    game.engineClock = 15;
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 24);
-
-    game.bonusTime = 2; // at most 2: cut again
-    computeTimeBudget(game);
-    EXPECT_EQ(fullWidthDepth, 16);
 }
 
 TEST_F(ClockTest, TheCutIsUndoneAfterTheSearch) {
