@@ -84,6 +84,32 @@ void derivePositionState(const Position& pos, PositionKey& key, PieceLists& list
     lazyMargin = gamePhase * 400 + 1200;
 }
 
+// Material of a bare king, and of a king with one minor piece (or with three pawns).
+constexpr int32_t bareKing = 12000;
+constexpr int32_t kingAndMinor = 15000;
+
+// Live pieces of one side, the king included, counted up to 3.
+static int32_t livePieces(const PieceLists& lists, Side side) {
+    const int32_t(*list)[2] = lists.slots[sideIndex(side)];
+    int32_t count = 0;
+    for (int32_t slot = 1; slot <= list[0][0] && count <= 2; ++slot) {
+        if (list[slot][0] != -1) ++count;
+    }
+    return count;
+}
+
+bool noMatingMaterial(const Material& material, const PieceLists& lists) {
+    const int32_t whiteSum = material.sum[sideIndex(white)];
+    const int32_t blackSum = material.sum[sideIndex(black)];
+    Side stronger = 0;
+    if (blackSum == bareKing && (whiteSum == bareKing || whiteSum == kingAndMinor)) {
+        stronger = white;
+    } else if (whiteSum == bareKing && (blackSum == bareKing || blackSum == kingAndMinor)) {
+        stronger = black;
+    }
+    return stronger != 0 && livePieces(lists, stronger) <= 2;
+}
+
 bool positionIsOk(const Position& pos, const PieceLists& lists, const Material& material,
                   PositionKey key) {
     int32_t kings[2] = {0, 0};

@@ -102,6 +102,11 @@ void sumMaterial(const Position& pos, const PieceLists& lists, Material& materia
 void derivePositionState(const Position& pos, PositionKey& key, PieceLists& lists,
                          Material& material);
 
+// Too little material to mate: a bare king against a bare king or a king with a single knight
+// or bishop (material 15000 with three pawns plays on). The game's adjudication and the search's
+// draw test share it.
+bool noMatingMaterial(const Material& material, const PieceLists& lists);
+
 // Consistency of a position with its companions: king fields, live slots and slotOf agree with
 // the squares, material equals sumMaterial and the key equals computeKey. Used by the debug
 // checks of makeMove/unmakeMove and by tests.

@@ -1,9 +1,5 @@
 #include "core/textfile.h"
 
-static bool isBlank(int c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
-}
-
 bool readFileWord(FILE* file, char* word, int32_t capacity) {
     int c = std::getc(file);
     while (c != EOF && isBlank(c))

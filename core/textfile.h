@@ -5,6 +5,11 @@
 #include <cstdint>
 #include <cstdio>
 
+// The white space that separates words.
+inline bool isBlank(int c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+}
+
 // Reads the next whitespace-separated word of `file` into `word` (capacity bytes, at most
 // capacity - 1 characters kept). False at the end of the file, with `word` empty.
 bool readFileWord(FILE* file, char* word, int32_t capacity);

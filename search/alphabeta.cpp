@@ -29,29 +29,6 @@ constexpr int32_t sixthRankExtension = 4;
 constexpr int32_t checkExtension = 8;
 constexpr int32_t gainPerEighth = 1125; // material gain worth one eighth of a ply
 constexpr int32_t quietReduction = 3;
-// Material of a bare king and of a king with one minor piece (or three pawns).
-constexpr int32_t bareKing = 12000;
-constexpr int32_t kingAndMinor = 15000;
-
-int32_t liveSlots(const PieceLists& lists, Side side) {
-    const int32_t(*list)[2] = lists.slots[sideIndex(side)];
-    int32_t count = 0;
-    for (int32_t slot = 1; slot <= list[0][0]; ++slot)
-        count += list[slot][0] != -1;
-    return count;
-}
-
-// A bare king against a bare king or a king with a single minor piece.
-bool noMatingMaterial(const Material& material, const PieceLists& lists) {
-    for (Side side : {white, black}) {
-        const int32_t own = material.sum[sideIndex(side)];
-        const int32_t other = material.sum[sideIndex(-side)];
-        if (own == bareKing && (other == bareKing || other == kingAndMinor) &&
-            liveSlots(lists, -side) <= 2)
-            return true;
-    }
-    return false;
-}
 
 // How often the node's position occurred before with the same side to move since the last
 // capture or pawn move, counting up to two.

@@ -4,10 +4,6 @@
 
 #include "core/attacks.h"
 
-// Material of a bare king, and of a king with one minor piece (or with three pawns).
-constexpr int32_t bareKing = 12000;
-constexpr int32_t kingAndMinor = 15000;
-
 // A decided draw stops the game in the console; in xboard mode the interface decides.
 static void stopOnDraw(GameState& game) {
     if (game.xboardMode) return;
@@ -27,31 +23,6 @@ static bool thirdOccurrence(const GameState& game) {
     return seen == 2;
 }
 
-// Live pieces of one side, the king included, counted up to 3.
-static int32_t livePieces(const PieceLists& lists, Side side) {
-    const int32_t(*list)[2] = lists.slots[sideIndex(side)];
-    int32_t count = 0;
-    for (int32_t slot = 1; slot <= list[0][0] && count <= 2; ++slot) {
-        if (list[slot][0] != -1) ++count;
-    }
-    return count;
-}
-
-// A bare king against a bare king or a king with a single knight or bishop.
-static bool noMatingMaterial(const GameState& game) {
-    const int32_t whiteSum = game.material.sum[sideIndex(white)];
-    const int32_t blackSum = game.material.sum[sideIndex(black)];
-    Side stronger = 0;
-    if (blackSum == bareKing && (whiteSum == bareKing || whiteSum == kingAndMinor)) {
-        stronger = white;
-    } else if (whiteSum == bareKing && (blackSum == bareKing || blackSum == kingAndMinor)) {
-        stronger = black;
-    }
-    if (stronger == 0) return false;
-    const int32_t count = livePieces(game.lists, stronger);
-    return count == 1 || count == 2;
-}
-
 void checkGameEnd(GameState& game) {
     if (game.lastLegalIndex == -1) {
         if (isSquareSafe(game.position, game.turn, -1, 0)) {
@@ -68,7 +39,7 @@ void checkGameEnd(GameState& game) {
         stopOnDraw(game);
         std::printf("1/2-1/2 {Draw by repetition}\n");
     }
-    if (game.lastLegalIndex != -1 && noMatingMaterial(game)) {
+    if (game.lastLegalIndex != -1 && noMatingMaterial(game.material, game.lists)) {
         stopOnDraw(game);
         std::printf("1/2-1/2 {Neither player has mating material}\n");
     }

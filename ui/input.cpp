@@ -6,6 +6,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "core/textfile.h"
+
 // The reader's buffer: bytes [start, end) are read from descriptor 0 and not yet used.
 static struct {
     char bytes[4096];
@@ -42,10 +44,6 @@ static int32_t fill(int32_t count) {
 static int32_t peek(int32_t offset) {
     if (fill(offset + 1) <= offset) return -1;
     return static_cast<unsigned char>(reader.bytes[reader.start + offset]);
-}
-
-static bool isBlank(int32_t c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
 }
 
 static void skipBlanks() {
