@@ -34,11 +34,14 @@ mkdir -p "$work"
 cp "$root/openings.txt" "$work/"
 (cd "$work" && "$root/build/kovrel" -crbk </dev/null >book.log)
 
-display=:$((90 + RANDOM % 100))
-Xvfb "$display" -screen 0 1280x1024x24 >"$work/xvfb.log" 2>&1 &
+# Xvfb chooses a free display itself and writes its number, so that matches run side by side
+# never share (and never close) each other's display.
+Xvfb -displayfd 3 -screen 0 1280x1024x24 3>"$work/display" >"$work/xvfb.log" 2>&1 &
 xvfb=$!
 trap 'kill $xvfb 2>/dev/null || true' EXIT
-sleep 1
+for ((wait = 0; wait < 100; wait++)); do [[ -s $work/display ]] && break || sleep 0.1; done
+[[ -s $work/display ]] || { echo "Error (no display): xboard_match" && exit 1; }
+display=:$(head -n1 "$work/display")
 
 # Kovrel speaks protocol 1: no feature negotiation; XBoard sends the level, time and moves.
 DISPLAY=$display timeout $((games * (4 * minutes * 60 + 600))) xboard \
