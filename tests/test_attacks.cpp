@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <initializer_list>
 
 #include "core/attacks.h"
 #include "core/fen.h"
@@ -21,6 +22,15 @@ int32_t safe(const Position& pos, Side side, const char* square) {
     const int32_t answer = isSquareSafe(pos, side, square[0] - 'a', square[1] - '1');
     EXPECT_EQ(std::memcmp(&pos, &before, sizeof pos), 0);
     return answer;
+}
+
+// Every square of `attacked` is covered against `side`, every square of `open` is not.
+void expectSafety(const Position& pos, Side side, std::initializer_list<const char*> attacked,
+                  std::initializer_list<const char*> open) {
+    for (const char* square : attacked)
+        EXPECT_EQ(safe(pos, side, square), 0) << square;
+    for (const char* square : open)
+        EXPECT_EQ(safe(pos, side, square), 1) << square;
 }
 
 } // namespace
@@ -50,63 +60,30 @@ TEST(SquareSafety, RookOnTheFileAndABlockingPawn) {
 
 TEST(SquareSafety, PawnsCaptureForwardDiagonallyOnly) {
     const Position blackPawn = fromFen("7k/8/8/3p4/8/8/8/K7 w - - 0 1");
-    EXPECT_EQ(safe(blackPawn, white, "e4"), 0);
-    EXPECT_EQ(safe(blackPawn, white, "c4"), 0);
-    EXPECT_EQ(safe(blackPawn, white, "d4"), 1);
-    EXPECT_EQ(safe(blackPawn, white, "e5"), 1);
-    EXPECT_EQ(safe(blackPawn, white, "c5"), 1);
-    EXPECT_EQ(safe(blackPawn, white, "e6"), 1);
-    EXPECT_EQ(safe(blackPawn, white, "f3"), 1);
+    expectSafety(blackPawn, white, {"e4", "c4"}, {"d4", "e5", "c5", "e6", "f3"});
     // A black pawn attacks nothing of its own side.
-    EXPECT_EQ(safe(blackPawn, black, "e4"), 1);
-
+    expectSafety(blackPawn, black, {}, {"e4"});
     const Position whitePawn = fromFen("7k/8/8/8/4P3/8/8/K7 b - - 0 1");
-    EXPECT_EQ(safe(whitePawn, black, "d5"), 0);
-    EXPECT_EQ(safe(whitePawn, black, "f5"), 0);
-    EXPECT_EQ(safe(whitePawn, black, "d3"), 1);
-    EXPECT_EQ(safe(whitePawn, black, "e5"), 1);
-    EXPECT_EQ(safe(whitePawn, black, "g6"), 1);
+    expectSafety(whitePawn, black, {"d5", "f5"}, {"d3", "e5", "g6"});
 }
 
 TEST(SquareSafety, KingsReachOneSquare) {
-    const Position pos = fromFen("8/8/8/8/3k4/8/8/K7 w - - 0 1");
-    for (const char* square : {"c3", "c4", "c5", "d3", "d5", "e3", "e4", "e5"})
-        EXPECT_EQ(safe(pos, white, square), 0) << square;
-    for (const char* square : {"b4", "f4", "d2", "d6", "b2", "f6", "f5"})
-        EXPECT_EQ(safe(pos, white, square), 1) << square;
+    expectSafety(fromFen("8/8/8/8/3k4/8/8/K7 w - - 0 1"), white,
+                 {"c3", "c4", "c5", "d3", "d5", "e3", "e4", "e5"},
+                 {"b4", "f4", "d2", "d6", "b2", "f6", "f5"});
 }
 
 TEST(SquareSafety, SlidersAndKnights) {
-    const Position queenPos = fromFen("7k/8/8/8/3q4/8/8/K7 w - - 0 1");
-    for (const char* square : {"d8", "d1", "a4", "h4", "g7", "a7", "g1", "b2"})
-        EXPECT_EQ(safe(queenPos, white, square), 0) << square;
-    for (const char* square : {"e6", "c2", "f5", "b8"})
-        EXPECT_EQ(safe(queenPos, white, square), 1) << square;
-
-    const Position bishopPos = fromFen("7k/8/8/8/3b4/8/8/K7 w - - 0 1");
-    EXPECT_EQ(safe(bishopPos, white, "g7"), 0);
-    EXPECT_EQ(safe(bishopPos, white, "a1"), 0);
-    EXPECT_EQ(safe(bishopPos, white, "d8"), 1);
-    EXPECT_EQ(safe(bishopPos, white, "a4"), 1);
-
-    const Position rookPos = fromFen("7k/8/8/8/3r4/8/8/K7 w - - 0 1");
-    EXPECT_EQ(safe(rookPos, white, "d8"), 0);
-    EXPECT_EQ(safe(rookPos, white, "a4"), 0);
-    EXPECT_EQ(safe(rookPos, white, "g6"), 1);
-    EXPECT_EQ(safe(rookPos, white, "e5"), 1);
+    expectSafety(fromFen("7k/8/8/8/3q4/8/8/K7 w - - 0 1"), white,
+                 {"d8", "d1", "a4", "h4", "g7", "a7", "g1", "b2"}, {"e6", "c2", "f5", "b8"});
+    expectSafety(fromFen("7k/8/8/8/3b4/8/8/K7 w - - 0 1"), white, {"g7", "a1"}, {"d8", "a4"});
+    expectSafety(fromFen("7k/8/8/8/3r4/8/8/K7 w - - 0 1"), white, {"d8", "a4"}, {"g6", "e5"});
+    expectSafety(fromFen("7k/8/8/8/3n4/8/8/K7 w - - 0 1"), white,
+                 {"c6", "c2", "e6", "e2", "f3", "f5", "b3", "b5"}, {"d5", "e5", "d6", "f6", "d4"});
 
     // Every piece ends a ray, own or enemy: the white pawn on d6 shields d7, the black pawn on
     // f4 shields g4.
-    const Position blocked = fromFen("7k/8/3P4/8/3q1p2/8/8/K7 w - - 0 1");
-    EXPECT_EQ(safe(blocked, white, "d6"), 0);
-    EXPECT_EQ(safe(blocked, white, "d7"), 1);
-    EXPECT_EQ(safe(blocked, white, "g4"), 1);
-
-    const Position knightPos = fromFen("7k/8/8/8/3n4/8/8/K7 w - - 0 1");
-    for (const char* square : {"c6", "c2", "e6", "e2", "f3", "f5", "b3", "b5"})
-        EXPECT_EQ(safe(knightPos, white, square), 0) << square;
-    for (const char* square : {"d5", "e5", "d6", "f6", "d4"})
-        EXPECT_EQ(safe(knightPos, white, square), 1) << square;
+    expectSafety(fromFen("7k/8/3P4/8/3q1p2/8/8/K7 w - - 0 1"), white, {"d6"}, {"d7", "g4"});
 }
 
 TEST(SquareSafety, ContentOfTheSquareIsNotLookedAt) {
