@@ -32,11 +32,11 @@ constexpr int32_t quietReduction = 3;
 
 // How often the node's position occurred before with the same side to move since the last
 // capture or pawn move, counting up to two.
-int32_t earlierOccurrences(const GameState& game, PositionKey key) {
-    const int32_t span = game.fiftyMoveCounter & ~1;
+int32_t earlierOccurrences(const SearchControl& control, PositionKey key) {
+    const int32_t span = control.fiftyMoveCounter & ~1;
     int32_t seen = 0;
-    for (int32_t i = game.keyCount - span + 1; i <= game.keyCount - 1 && seen < 2; i += 2) {
-        if (i >= 0 && game.keyHistory[i] == key) ++seen;
+    for (int32_t i = control.keyCount - span + 1; i <= control.keyCount - 1 && seen < 2; i += 2) {
+        if (i >= 0 && control.keyHistory[i] == key) ++seen;
     }
     return seen;
 }
@@ -280,7 +280,7 @@ void rewardHistory(uint32_t& counter, int32_t exponent) {
     }
 }
 
-int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit,
+int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t depthLimit,
                             const Material& material, int32_t testBound, int32_t distance,
                             ThreatKind moveThreat, Side side, MoveList& moves, int32_t lastIndex,
                             Position& pos, PieceLists& lists) {
@@ -292,17 +292,17 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
     ++nodeCount;
     if (--pollCountdown == 0) {
         pollCountdown = pollInterval;
-        game.pollFunction(game);
-        if (game.StopFlag) {
+        control.pollFunction(control);
+        if (control.StopFlag) {
             searchRunning = 0;
             return 0;
         }
     }
 
     // 2. Draws: fifty moves, no mating material, a third occurrence.
-    if (game.fiftyMoveCounter > 99) return 0;
+    if (control.fiftyMoveCounter > 99) return 0;
     if (noMatingMaterial(material, lists)) return 0;
-    const int32_t occurrences = earlierOccurrences(game, key);
+    const int32_t occurrences = earlierOccurrences(control, key);
     if (occurrences == 2) return 0;
 
     // 3. Remaining depth and quiescence level.
@@ -337,13 +337,13 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
     if (level < 2) staticValue = 2 * side * evaluate(material, pos, lists, side, side * testBound);
 
     // 7. Push the node's key.
-    ++game.keyCount;
-    game.keyHistory[game.keyCount] = key;
+    ++control.keyCount;
+    control.keyHistory[control.keyCount] = key;
 
     // 8. The moves, best score first.
     int32_t best = -noValue;
     Move bestMove = {0, 0, 0, 0, 0};
-    const int32_t fiftyBefore = game.fiftyMoveCounter;
+    const int32_t fiftyBefore = control.fiftyMoveCounter;
     for (int32_t i = 0; i <= lastIndex && best < testBound && searchRunning; ++i) {
         if (i >= probe.frontMoves) {
             int32_t pick = i;
@@ -358,14 +358,14 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
         const Move m = moves.moves[order[i]];
         const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
         const bool captures = pos.squares[squareIndex(m.toFile, m.toRank)] != 0;
-        game.fiftyMoveCounter = captures || mover == pawn ? 0 : fiftyBefore + 1;
+        control.fiftyMoveCounter = captures || mover == pawn ? 0 : fiftyBefore + 1;
 
         PositionKey childKey = key;
         Material childMaterial = material;
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (mover != king && !isSquareSafe(pos, side, -1, 0)) {
             takeBack(side, pos, lists, m, undo);
-            game.fiftyMoveCounter = fiftyBefore;
+            control.fiftyMoveCounter = fiftyBefore;
             continue;
         }
         ThreatKind childCheck = isSquareSafe(pos, -side, -1, 0) ? 0 : 2;
@@ -396,8 +396,9 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
             MoveList childMoves;
             if (distance < d) {
                 const int32_t childLast = generateMoves(-side, childMoves, pos, lists, allMoves);
-                v = -alphaBetaWithMemory(game, childKey, d, childMaterial, -testBound, distance + 8,
-                                         childCheck, -side, childMoves, childLast, pos, lists);
+                v = -alphaBetaWithMemory(control, childKey, d, childMaterial, -testBound,
+                                         distance + 8, childCheck, -side, childMoves, childLast,
+                                         pos, lists);
             } else if (distance >= d + quiescenceDepth) {
                 v = 2 * side * evaluate(childMaterial, pos, lists, -side, side * testBound);
             } else if (childCheck == 2) {
@@ -406,7 +407,7 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
                 if (v > testBound) {
                     const int32_t childLast =
                         generateMoves(-side, childMoves, pos, lists, allMoves);
-                    v = -alphaBetaWithMemory(game, childKey, d, childMaterial, -testBound,
+                    v = -alphaBetaWithMemory(control, childKey, d, childMaterial, -testBound,
                                              distance + 8, 2, -side, childMoves, childLast, pos,
                                              lists);
                 }
@@ -428,8 +429,8 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
                         generateMoves(-side, childMoves, pos, lists, capturesOnly);
                     if (childLast >= 0) {
                         const int32_t w = -alphaBetaWithMemory(
-                            game, childKey, d, childMaterial, -testBound, distance + 8, childCheck,
-                            -side, childMoves, childLast, pos, lists);
+                            control, childKey, d, childMaterial, -testBound, distance + 8,
+                            childCheck, -side, childMoves, childLast, pos, lists);
                         if (w < v) v = w;
                     }
                 }
@@ -440,11 +441,11 @@ int32_t alphaBetaWithMemory(GameState& game, PositionKey key, int32_t depthLimit
             bestMove = m;
         }
         takeBack(side, pos, lists, m, undo);
-        game.fiftyMoveCounter = fiftyBefore;
+        control.fiftyMoveCounter = fiftyBefore;
     }
 
     // 9. Pop the key.
-    --game.keyCount;
+    --control.keyCount;
     if (!searchRunning) return 0;
 
     // 10. No legal move: mate, stalemate, or (deep in quiescence) nothing to capture.

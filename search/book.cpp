@@ -75,9 +75,34 @@ void createBook() {
     std::fclose(source);
 }
 
+char bookFile[bookPathSize] = "openings.dat";
+
+BookCheck checkBook(const char* path) {
+    BookCheck check = {false, 0, false};
+    FILE* book = std::fopen(path, "rt");
+    if (book == nullptr) return check;
+    check.opened = true;
+    unsigned long high;
+    unsigned long low;
+    long mark;
+    long fields[5];
+    int read;
+    while ((read = std::fscanf(book, "%lu %lu %ld %ld %ld %ld %ld %ld", &high, &low, &mark,
+                               &fields[0], &fields[1], &fields[2], &fields[3], &fields[4])) == 8) {
+        const bool sane = mark >= -1 && mark <= 1 && fields[0] >= 0 && fields[0] <= 7 &&
+                          fields[1] >= 0 && fields[1] <= 7 && fields[2] >= 0 && fields[2] <= 7 &&
+                          fields[3] >= 0 && fields[3] <= 7 && fields[4] >= 0 && fields[4] <= 5;
+        if (!sane) check.damaged = true;
+        ++check.records;
+    }
+    if (read != EOF) check.damaged = true; // reading stopped at something that is no record
+    std::fclose(book);
+    return check;
+}
+
 int32_t probeBook(PositionKey key, Side side, const MoveList& moves, const int32_t* order,
                   int32_t lastIndex) {
-    FILE* book = std::fopen("openings.dat", "rt");
+    FILE* book = std::fopen(bookFile, "rt");
     if (book == nullptr) return bookMissing;
     const unsigned long keyHigh = static_cast<unsigned long>(key >> 32);
     const unsigned long keyLow = static_cast<unsigned long>(key & 0xFFFFFFFFu);

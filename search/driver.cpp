@@ -1,7 +1,6 @@
 #include "search/driver.h"
 
 #include <cstdio>
-#include <ctime>
 
 #include "core/exchange.h"
 #include "core/makemove.h"
@@ -40,7 +39,7 @@ struct RootMove {
 
 // Everything one call of the driver works on.
 struct Root {
-    GameState& game;
+    SearchControl& control;
     Side side;
     MoveList& moves;
     int32_t lastIndex;
@@ -53,8 +52,9 @@ struct Root {
     int32_t fiftyAtEntry;
 };
 
-int32_t now() {
-    return static_cast<int32_t>(std::time(nullptr));
+// Time since the search began, in the front end's clock unit.
+int64_t elapsedTime(const SearchControl& control) {
+    return control.now() - control.searchStartTime;
 }
 
 // Odd midpoint of a range: a test bound that splits it.
@@ -112,7 +112,7 @@ MoveUndo makeRootMove(Root& root, int32_t index, PositionKey& childKey, Material
     const Move& m = root.moves.moves[index];
     const PieceCode mover = root.pos.squares[squareIndex(m.fromFile, m.fromRank)];
     const PieceCode target = root.pos.squares[squareIndex(m.toFile, m.toRank)];
-    root.game.fiftyMoveCounter =
+    root.control.fiftyMoveCounter =
         target != 0 || mover == root.side * pawn ? 0 : root.fiftyAtEntry + 1;
     childKey = root.key;
     childMaterial = root.material;
@@ -121,7 +121,7 @@ MoveUndo makeRootMove(Root& root, int32_t index, PositionKey& childKey, Material
 
 void unmakeRootMove(Root& root, int32_t index, const MoveUndo& undo) {
     takeBack(root.side, root.pos, root.lists, root.moves.moves[index], undo);
-    root.game.fiftyMoveCounter = root.fiftyAtEntry;
+    root.control.fiftyMoveCounter = root.fiftyAtEntry;
 }
 
 // One null-window test of a made root move against test bound t; the result narrows its
@@ -130,7 +130,7 @@ void testRootMove(Root& root, int32_t index, int32_t t, PositionKey childKey,
                   const Material& childMaterial, MoveList& replies, int32_t lastReply) {
     RootMove& rm = root.rootMoves[index];
     const int32_t v =
-        -alphaBetaWithMemory(root.game, childKey, fullWidthDepth, childMaterial, -t, 8,
+        -alphaBetaWithMemory(root.control, childKey, fullWidthDepth, childMaterial, -t, 8,
                              rm.rootThreat, -root.side, replies, lastReply, root.pos, root.lists);
     if (!searchRunning) return;
     if (v <= t) {
@@ -237,10 +237,33 @@ void printPrincipalVariation(Root& root, int32_t index) {
     unmakeRootMove(root, index, undo);
 }
 
+// The summary of an iteration for a front end that reports in its own words: the front
+// move's range and the chosen move with its principal variation from the tables.
+void callReport(Root& root, int32_t chosen) {
+    const RootMove& front = root.rootMoves[root.order[0]];
+    IterationReport report = {};
+    report.depth = fullWidthDepth / 8 + 1;
+    report.lower = front.lower;
+    report.upper = front.upper;
+    report.lowerProven = front.lowerProven;
+    report.upperProven = front.upperProven;
+    report.finished = searchRunning != 0;
+    report.chosen = root.moves.moves[chosen];
+    report.line[0] = report.chosen;
+    PositionKey childKey;
+    Material childMaterial;
+    const MoveUndo undo = makeRootMove(root, chosen, childKey, childMaterial);
+    report.lineLength = 1 + principalVariation(childKey, root.pos, root.lists, -root.side, 8,
+                                               maxIterationDepth, report.line + 1);
+    unmakeRootMove(root, chosen, undo);
+    root.control.report(root.control, report);
+}
+
 void reportIteration(Root& root, int32_t chosen, int32_t bestValue, int32_t showPv,
                      bool pondering) {
-    const int32_t elapsed = now() - root.game.searchStartTime;
-    if (root.game.xboardMode) {
+    const int64_t elapsed = elapsedTime(root.control);
+    if (root.control.output == SearchOutput::report) return callReport(root, chosen);
+    if (root.control.output == SearchOutput::xboard) {
         if (showPv) {
             std::printf("%ld %ld %ld %ld %s\n", static_cast<long>(fullWidthDepth / 8 + 1),
                         static_cast<long>(root.rootMoves[root.order[0]].lower / 20),
@@ -277,14 +300,14 @@ void reportIteration(Root& root, int32_t chosen, int32_t bestValue, int32_t show
         }
     }
     if (!searchRunning) {
-        if (searchTimeLimit > 0 && now() - root.game.searchStartTime >= searchTimeLimit)
+        if (searchTimeLimit > 0 && elapsedTime(root.control) >= searchTimeLimit)
             std::printf("time over\n");
         std::printf("iteration interrupted - ");
     } else {
         std::printf("iteration finished - ");
     }
     std::printf("total time: %ld sec - #nodes: %ld\n\n",
-                static_cast<long>(now() - root.game.searchStartTime), static_cast<long>(nodeCount));
+                static_cast<long>(elapsedTime(root.control)), static_cast<long>(nodeCount));
 }
 
 // One pass over the root moves: each is tested against the bound that would separate it from
@@ -332,25 +355,29 @@ void runPass(Root& root) {
 
 } // namespace
 
-int32_t runSearch(GameState& game, Side side, MoveList& moves, int32_t lastIndex, Position& pos,
-                  int32_t showPv, int32_t ponderTime, int32_t earlyStopTime) {
-    // 1. Set-up.
-    Root root = {game, side, moves, lastIndex, pos, {}, {}, 0, {}, {}, game.fiftyMoveCounter};
+int32_t runSearch(SearchControl& control, Side side, MoveList& moves, int32_t lastIndex,
+                  Position& pos, int32_t showPv, int32_t ponderTime, int32_t earlyStopTime) {
+    // 1. Set-up. The limits live in the control record while the search runs, so that the
+    //    front end's poll may change them.
+    Root root = {control, side, moves, lastIndex, pos, {}, {}, 0, {}, {}, control.fiftyMoveCounter};
     const bool pondering = ponderTime == ponderingSearch;
-    const int32_t minimumDepth = fullWidthDepth;
+    const int32_t entryDepth = fullWidthDepth;
+    control.minimumDepth = fullWidthDepth;
+    control.ponderTime = ponderTime;
+    control.earlyStopTime = earlyStopTime;
     const int32_t entryTimeLimit = searchTimeLimit;
     derivePositionState(pos, root.key, root.lists, root.material);
     const int32_t rootValue = 2 * side * evaluate(root.material, pos, root.lists, side, 0);
 
     // 2. and 3. Static scores, and the static list.
     scoreRootMoves(root);
-    if (!game.xboardMode && !pondering) printStaticList(root);
+    if (control.output == SearchOutput::console && !pondering) printStaticList(root);
 
     // 4. The opening book.
     if (bookEnabled) {
         const int32_t bookMove = probeBook(root.key, side, moves, root.order, lastIndex);
-        if (bookMove == bookMissing) {
-            std::printf("Error (fopen(\"openings.dat\", \"rt\")): mtdriver\n");
+        if (bookMove == bookMissing && control.bookMissingIsFatal) {
+            std::printf("Error (fopen(\"%s\", \"rt\")): mtdriver\n", bookFile);
             return 0;
         }
         if (bookMove != noBookMove) return bookMove;
@@ -382,15 +409,16 @@ int32_t runSearch(GameState& game, Side side, MoveList& moves, int32_t lastIndex
     while (searchRunning) {
         // The clock: beyond the minimum depth, a new iteration starts only within the first
         // quarter of the budget while the best value holds up.
+        const int32_t minimumDepth = control.minimumDepth;
         if (!pondering && (searchTimeLimit >= 1 || fullWidthDepth > minimumDepth - 8)) {
-            const int32_t elapsed = now() - game.searchStartTime;
-            int32_t budget = ponderTime + searchTimeLimit;
+            const int64_t elapsed = elapsedTime(control);
+            int64_t budget = int64_t{control.ponderTime} + searchTimeLimit;
             if (fullWidthDepth > minimumDepth - 8 && bestValue >= rootValue - troubleMargin)
                 budget /= 4;
-            if (ponderTime + elapsed > budget) break;
+            if (control.ponderTime + elapsed > budget) break;
         }
         if (fullWidthDepth > maxIterationDepth) break;
-        if (!game.xboardMode) {
+        if (control.output == SearchOutput::console) {
             std::printf("new iteration with depth %ld\n",
                         static_cast<long>(fullWidthDepth / 8 + 1));
             std::fflush(stdout);
@@ -413,7 +441,7 @@ int32_t runSearch(GameState& game, Side side, MoveList& moves, int32_t lastIndex
             if (front == chosen) {
                 ++stability;
                 if (stability == 2 && searchTimeLimit >= 1 &&
-                    now() - game.searchStartTime >= earlyStopTime)
+                    elapsedTime(control) >= control.earlyStopTime)
                     searchRunning = 0;
             } else {
                 chosen = front;
@@ -432,9 +460,9 @@ int32_t runSearch(GameState& game, Side side, MoveList& moves, int32_t lastIndex
     }
 
     // 8. End.
-    fullWidthDepth = minimumDepth;
+    fullWidthDepth = entryDepth;
     searchTimeLimit = entryTimeLimit;
-    game.fiftyMoveCounter = root.fiftyAtEntry;
+    control.fiftyMoveCounter = root.fiftyAtEntry;
     if (pondering) --searchAge;
     return chosen;
 }

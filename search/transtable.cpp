@@ -145,16 +145,9 @@ void storeBound(HashEntry* table, size_t slot, PositionKey key, int32_t result, 
     if (lower.value > upper.value && entryKey(other[slot]) == key) invalidateEntry(other, slot);
 }
 
-// Appends "." and ends the walk.
-static void endWalk(char* text) {
-    const size_t length = std::strlen(text);
-    text[length] = '.';
-    text[length + 1] = '\0';
-}
-
-void walkPrincipalVariation(PositionKey key, Position& pos, PieceLists& lists, Side side,
-                            int32_t distance, int32_t budget, char* text) {
-    if (budget < 1 || distance > 248) return endWalk(text);
+int32_t principalVariation(PositionKey key, Position& pos, PieceLists& lists, Side side,
+                           int32_t distance, int32_t budget, Move* line) {
+    if (budget < 1 || distance > 248) return 0;
     const size_t slot = hashIndex(key);
     const HashEntry& lower = lowerBoundTable[slot];
     const HashEntry& upper = upperBoundTable[slot];
@@ -172,14 +165,14 @@ void walkPrincipalVariation(PositionKey key, Position& pos, PieceLists& lists, S
     } else if (upperTakesPart) {
         chosen = &upper;
     }
-    if (chosen == nullptr || chosen->depthLeft < 0) return endWalk(text);
+    if (chosen == nullptr || chosen->depthLeft < 0) return 0;
 
     // The stored move must be legal here: one the generator makes, not leaving the king
     // attacked.
     const Move m = entryMove(*chosen);
     if (!onBoard(m.fromFile, m.fromRank) || !onBoard(m.toFile, m.toRank) ||
         !isPseudoLegalMove(pos, side, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion))
-        return endWalk(text);
+        return 0;
     const PieceCode moved = pos.squares[squareIndex(m.fromFile, m.fromRank)];
     const PieceCode target = pos.squares[squareIndex(m.toFile, m.toRank)];
     const int32_t whiteCastling = pos.whiteCastling;
@@ -191,18 +184,30 @@ void walkPrincipalVariation(PositionKey key, Position& pos, PieceLists& lists, S
     makeMove(childKey, side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
              scratch, capturedSlot);
     const bool legal = isSquareSafe(pos, side, -1, 0) != 0;
+    int32_t length = 0;
     if (legal && chosen->movedPiece == moved && chosen->targetPiece == target) {
-        const MoveText moveTextOf = moveText(m);
-        const size_t length = std::strlen(text);
-        text[length] = '-';
-        std::memcpy(text + length + 1, moveTextOf.text, 6);
-        walkPrincipalVariation(childKey, pos, lists, -side, distance + 8, budget - 8, text);
-    } else {
-        endWalk(text);
+        line[0] = m;
+        length =
+            1 + principalVariation(childKey, pos, lists, -side, distance + 8, budget - 8, line + 1);
     }
     unmakeMove(side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion, target,
                capturedSlot);
     pos.whiteCastling = whiteCastling;
     pos.blackCastling = blackCastling;
     pos.enPassant = enPassant;
+    return length;
+}
+
+void walkPrincipalVariation(PositionKey key, Position& pos, PieceLists& lists, Side side,
+                            int32_t distance, int32_t budget, char* text) {
+    Move line[pvMoves];
+    const int32_t length = principalVariation(key, pos, lists, side, distance, budget, line);
+    size_t at = std::strlen(text);
+    for (int32_t i = 0; i < length; ++i) {
+        text[at] = '-';
+        std::memcpy(text + at + 1, moveText(line[i]).text, 6);
+        at += 6;
+    }
+    text[at] = '.';
+    text[at + 1] = '\0';
 }

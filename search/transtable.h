@@ -107,6 +107,17 @@ void storeBound(HashEntry* table, size_t slot, PositionKey key, int32_t result, 
 // Makes an entry useless as a bound and unprotected; its key and move stay.
 void invalidateEntry(HashEntry* table, size_t slot);
 
+// Longest principal variation a walk gives: one move per ply of distance up to 248.
+constexpr int32_t pvMoves = 32;
+
+// Writes into `line` (room for pvMoves) the principal variation stored from the position with
+// `key`, `side` to move: each step takes the deeper of the position's two entries (the one
+// stored nearer the root on equal depth) while its move is legal and was stored for the pieces
+// now on its squares; at most budget / 8 moves, none once distance passes 248. Returns the
+// number of moves; the position is restored.
+int32_t principalVariation(PositionKey key, Position& pos, PieceLists& lists, Side side,
+                           int32_t distance, int32_t budget, Move* line);
+
 // Appends to `text` the principal variation stored from the position with `key`, `side` to
 // move: "-e7e5 -g1f3 ." (each move as "-" and its five-character text), at most budget / 8
 // moves, always ending with ".". The position is restored.

@@ -59,7 +59,7 @@ protected:
             game = before;
             fullWidthDepth = depthBefore;
             const int32_t start = now();
-            game.searchStartTime = start - elapsed;
+            game.search.searchStartTime = start - elapsed;
             updateClock(game, budget);
             if (now() == start) return;
         }
@@ -306,30 +306,30 @@ TEST_F(ClockTest, TimeCommandOnAnAlmostEmptyClock) {
 
 TEST_F(ClockTest, PollStopsTheSearchWhenItsTimeIsUp) {
     searchTimeLimit = 5;
-    game.StopFlag = 0;
-    game.searchStartTime = now() + 100; // far from used up
-    pollInterruption(game);
-    EXPECT_EQ(game.StopFlag, 0);
+    game.search.StopFlag = 0;
+    game.search.searchStartTime = now() + 100; // far from used up
+    pollInterruption(game.search);
+    EXPECT_EQ(game.search.StopFlag, 0);
 
-    game.searchStartTime = now() - 5;
-    pollInterruption(game);
-    EXPECT_EQ(game.StopFlag, 1);
+    game.search.searchStartTime = now() - 5;
+    pollInterruption(game.search);
+    EXPECT_EQ(game.search.StopFlag, 1);
 
     // The poll never clears the flag.
-    game.searchStartTime = now() + 100;
-    pollInterruption(game);
-    EXPECT_EQ(game.StopFlag, 1);
+    game.search.searchStartTime = now() + 100;
+    pollInterruption(game.search);
+    EXPECT_EQ(game.search.StopFlag, 1);
 }
 
 TEST_F(ClockTest, PollWithoutTimeLimit) {
-    game.StopFlag = 0;
-    game.searchStartTime = now() - 100000;
+    game.search.StopFlag = 0;
+    game.search.searchStartTime = now() - 100000;
     searchTimeLimit = 0;
-    pollInterruption(game);
-    EXPECT_EQ(game.StopFlag, 0);
+    pollInterruption(game.search);
+    EXPECT_EQ(game.search.StopFlag, 0);
     searchTimeLimit = -1000;
-    pollInterruption(game);
-    EXPECT_EQ(game.StopFlag, 0);
+    pollInterruption(game.search);
+    EXPECT_EQ(game.search.StopFlag, 0);
 }
 
 TEST_F(ClockTest, InterruptSignalStopsTheSearchAndTheFileWait) {

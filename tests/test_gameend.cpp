@@ -26,9 +26,9 @@ protected:
         game.turn = game.position.sideToMove;
         game.userSide = white;
         game.plyCount = 0;
-        game.keyCount = 0;
-        game.fiftyMoveCounter = 0;
-        derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
+        game.search.keyCount = 0;
+        game.search.fiftyMoveCounter = 0;
+        derivePositionState(game.position, game.search.keyHistory[0], game.lists, game.material);
     }
 
     // The lines checkGameEnd prints, after the legal moves are built as the loop builds them.
@@ -94,42 +94,42 @@ TEST_F(GameEnd, DrawsOnlyAnnouncedInXboardMode) {
 
 TEST_F(GameEnd, FiftyMoves) {
     setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
-    game.keyCount = 99;
+    game.search.keyCount = 99;
     for (int32_t i = 0; i <= 99; ++i)
-        game.keyHistory[i] = i + 1; // no repetition
-    game.fiftyMoveCounter = 99;
+        game.search.keyHistory[i] = i + 1; // no repetition
+    game.search.fiftyMoveCounter = 99;
     EXPECT_EQ(adjudicate(), "");
-    game.keyCount = 100;
-    game.keyHistory[100] = 1000;
-    game.fiftyMoveCounter = 100;
+    game.search.keyCount = 100;
+    game.search.keyHistory[100] = 1000;
+    game.search.fiftyMoveCounter = 100;
     EXPECT_EQ(adjudicate(), "1/2-1/2 {Rule of 50 moves}\n");
     EXPECT_EQ(game.lastLegalIndex, -1);
 }
 
 TEST_F(GameEnd, RepetitionCountsOnlySameSidePositionsSinceTheLastIrreversibleMove) {
     setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
-    const PositionKey now = game.keyHistory[0];
+    const PositionKey now = game.search.keyHistory[0];
     // Keys 0..8: the current position occurred at plies 0 and 4 (same side to move).
     for (int32_t i = 0; i <= 8; ++i)
-        game.keyHistory[i] = 100 + i;
-    game.keyHistory[0] = now;
-    game.keyHistory[4] = now;
-    game.keyHistory[8] = now;
-    game.keyCount = 8;
-    game.fiftyMoveCounter = 8;
+        game.search.keyHistory[i] = 100 + i;
+    game.search.keyHistory[0] = now;
+    game.search.keyHistory[4] = now;
+    game.search.keyHistory[8] = now;
+    game.search.keyCount = 8;
+    game.search.fiftyMoveCounter = 8;
     EXPECT_EQ(adjudicate(), "1/2-1/2 {Draw by repetition}\n");
     EXPECT_EQ(game.lastLegalIndex, -1);
 
     // A pawn move or capture six plies ago: the occurrence at ply 0 no longer counts.
     game.userSide = white;
-    game.fiftyMoveCounter = 6;
+    game.search.fiftyMoveCounter = 6;
     EXPECT_EQ(adjudicate(), "");
 
     // Occurrences with the other side to move (odd distance) never count.
-    game.keyHistory[4] = 104;
-    game.keyHistory[3] = now;
-    game.keyHistory[5] = now;
-    game.fiftyMoveCounter = 8;
+    game.search.keyHistory[4] = 104;
+    game.search.keyHistory[3] = now;
+    game.search.keyHistory[5] = now;
+    game.search.fiftyMoveCounter = 8;
     EXPECT_EQ(adjudicate(), "");
 }
 

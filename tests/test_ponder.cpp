@@ -41,7 +41,7 @@ TEST(Pondering, OnlyThePredictedMoveKeepsThePonderingTime) {
     EXPECT_EQ(game.ponderTime, 3);
 }
 
-void noPoll(GameState&) {}
+void noPoll(SearchControl&) {}
 
 // Iterations a search runs with a 55-second limit, a minimum depth of two plies and the given
 // pondering credit, in a position where taking the queen left en prise on d4 is plainly best (so
@@ -49,21 +49,21 @@ void noPoll(GameState&) {}
 int iterationsWithCredit(int32_t ponderTime) {
     static GameState game;
     resetGameState(game);
-    game.pollFunction = noPoll;
+    game.search.pollFunction = noPoll;
     EXPECT_EQ(
         readFen("rnb1kbnr/pppp1ppp/8/4p3/3q4/4P3/PPPP1PPP/RNBQKBNR w KQkq - 0 3", game.position),
         nullptr);
-    derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
+    derivePositionState(game.position, game.search.keyHistory[0], game.lists, game.material);
     bookEnabled = 0;
     clearSearchTables();
     const int32_t last = generateLegalMoves(game.turn, game.legalMoves, game.position, 0);
     fullWidthDepth = 16;
     searchTimeLimit = 55;
-    game.StopFlag = 0;
-    game.searchStartTime = static_cast<int32_t>(std::time(nullptr));
+    game.search.StopFlag = 0;
+    game.search.searchStartTime = static_cast<int32_t>(std::time(nullptr));
     std::fflush(stdout);
     ::testing::internal::CaptureStdout();
-    runSearch(game, game.turn, game.legalMoves, last, game.position, 0, ponderTime, 0);
+    runSearch(game.search, game.turn, game.legalMoves, last, game.position, 0, ponderTime, 0);
     std::fflush(stdout);
     const std::string out = ::testing::internal::GetCapturedStdout();
     int iterations = 0;

@@ -36,7 +36,7 @@ constexpr Move e7e5 = {4, 6, 4, 4, 0};
 // The start position's key: high half 0x7EE956D4, low half 0xB3FB3833.
 constexpr PositionKey startKey = 0x7EE956D4B3FB3833ULL;
 
-void noPoll(GameState&) {}
+void noPoll(SearchControl&) {}
 
 // A position with its companions, read from FEN.
 struct Board {
@@ -99,9 +99,9 @@ protected:
         ASSERT_TRUE(allocateHistoryTable());
         clearSearchTables();
         resetGameState(game);
-        game.pollFunction = noPoll;
-        game.StopFlag = 0;
-        game.searchStartTime = static_cast<int32_t>(std::time(nullptr));
+        game.search.pollFunction = noPoll;
+        game.search.StopFlag = 0;
+        game.search.searchStartTime = static_cast<int32_t>(std::time(nullptr));
         searchRunning = 1;
         pollCountdown = pollInterval;
         searchTimeLimit = 0;
@@ -122,8 +122,8 @@ protected:
                    ThreatKind moveThreat, int32_t mode = allMoves) {
         MoveList moves;
         const int32_t last = generateMoves(side, moves, board.pos, board.lists, mode);
-        return alphaBetaWithMemory(game, board.key, depthLimit, board.material, testBound, distance,
-                                   moveThreat, side, moves, last, board.pos, board.lists);
+        return alphaBetaWithMemory(game.search, board.key, depthLimit, board.material, testBound,
+                                   distance, moveThreat, side, moves, last, board.pos, board.lists);
     }
 
     // runSearch over the legal moves of `side`, its standard output captured.
@@ -132,7 +132,7 @@ protected:
         const int32_t last = generateLegalMoves(side, moves, board.pos, allMoves);
         std::fflush(stdout);
         ::testing::internal::CaptureStdout();
-        const int32_t chosen = runSearch(game, side, moves, last, board.pos, 0, 0, 0);
+        const int32_t chosen = runSearch(game.search, side, moves, last, board.pos, 0, 0, 0);
         std::fflush(stdout);
         output = ::testing::internal::GetCapturedStdout();
         return chosen;
@@ -142,9 +142,9 @@ protected:
     // only the keys a test puts in can repeat.
     void fillHistory(int32_t keyCount, int32_t fiftyMoveCounter) {
         for (int32_t i = 0; i <= keyCount; ++i)
-            game.keyHistory[i] = 0x1000 + static_cast<PositionKey>(i);
-        game.keyCount = keyCount;
-        game.fiftyMoveCounter = fiftyMoveCounter;
+            game.search.keyHistory[i] = 0x1000 + static_cast<PositionKey>(i);
+        game.search.keyCount = keyCount;
+        game.search.fiftyMoveCounter = fiftyMoveCounter;
     }
 
     GameState game;
@@ -614,19 +614,19 @@ TEST_F(SearchDraws, ThirdOccurrenceIsADraw) {
     // keyCount 8 is the parent's key; with 8 plies since the last capture or pawn move the
     // positions with White to move are entries 1, 3, 5 and 7.
     fillHistory(8, 8);
-    game.keyHistory[3] = board.key;
-    game.keyHistory[7] = board.key;
+    game.search.keyHistory[3] = board.key;
+    game.search.keyHistory[7] = board.key;
     const int64_t nodes = nodeCount;
     EXPECT_EQ(search(white, 16, 1, 8, 0), 0);
     EXPECT_EQ(nodeCount, nodes + 1);
     EXPECT_EQ(lowerBoundTable[slot].depthLeft, 0);
     EXPECT_EQ(upperBoundTable[slot].depthLeft, 0);
-    EXPECT_EQ(game.keyCount, 8);
+    EXPECT_EQ(game.search.keyCount, 8);
 
     // A counter of 5 is rounded down to 4: entries 5 and 7.
     fillHistory(8, 5);
-    game.keyHistory[5] = board.key;
-    game.keyHistory[7] = board.key;
+    game.search.keyHistory[5] = board.key;
+    game.search.keyHistory[7] = board.key;
     EXPECT_EQ(search(white, 16, 1, 8, 0), 0);
 }
 
@@ -636,8 +636,8 @@ TEST_F(SearchDraws, RepetitionsOutsideTheWindowDoNotCount) {
     // 4 plies since the last capture or pawn move: only entries 5 and 7 are compared, so the
     // key in entry 3 is too old.
     fillHistory(8, 4);
-    game.keyHistory[3] = board.key;
-    game.keyHistory[7] = board.key;
+    game.search.keyHistory[3] = board.key;
+    game.search.keyHistory[7] = board.key;
     int64_t nodes = nodeCount;
     EXPECT_GT(search(white, 16, 1, 8, 0), 1);
     EXPECT_GT(nodeCount, nodes + 1);
@@ -645,13 +645,13 @@ TEST_F(SearchDraws, RepetitionsOutsideTheWindowDoNotCount) {
     // Entries 4 and 6 are positions with Black to move.
     clearSearchTables();
     fillHistory(8, 8);
-    game.keyHistory[4] = board.key;
-    game.keyHistory[6] = board.key;
+    game.search.keyHistory[4] = board.key;
+    game.search.keyHistory[6] = board.key;
     nodes = nodeCount;
     EXPECT_GT(search(white, 16, 1, 8, 0), 1);
     EXPECT_GT(nodeCount, nodes + 1);
-    EXPECT_EQ(game.keyCount, 8);
-    EXPECT_EQ(game.fiftyMoveCounter, 8);
+    EXPECT_EQ(game.search.keyCount, 8);
+    EXPECT_EQ(game.search.fiftyMoveCounter, 8);
 }
 
 TEST_F(SearchDraws, SecondOccurrenceIsSearchedButLeavesBothSlotsInvalidated) {
@@ -671,13 +671,13 @@ TEST_F(SearchDraws, SecondOccurrenceIsSearchedButLeavesBothSlotsInvalidated) {
     storeBound(lowerBoundTable, slot, board.key ^ 1, 0, 8, 0, 0, d2d4, board.pos);
     storeBound(upperBoundTable, slot, board.key ^ 1, 0, 8, 0, 0, d2d4, board.pos);
     fillHistory(8, 8);
-    game.keyHistory[7] = board.key;
+    game.search.keyHistory[7] = board.key;
     const int64_t nodes = nodeCount;
     EXPECT_GT(search(white, 16, 1, 8, 0), 1);
     EXPECT_GT(nodeCount, nodes + 1);
     expectInvalidated(lowerBoundTable[slot]);
     expectInvalidated(upperBoundTable[slot]);
-    EXPECT_EQ(game.keyCount, 8);
+    EXPECT_EQ(game.search.keyCount, 8);
 }
 
 TEST_F(SearchDraws, FiftyMovesComeBeforeTheTables) {
@@ -890,7 +890,7 @@ TEST_F(SearchBook, CommentsAndUnknownTokensAreEchoed) {
 }
 
 TEST_F(SearchBook, DriverAsksTheBookFirst) {
-    game.xboardMode = 1; // no static list
+    game.search.output = SearchOutput::xboard; // no static list
     fullWidthDepth = 8;
     searchTimeLimit = 0;
     bookEnabled = 1;

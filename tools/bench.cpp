@@ -17,12 +17,14 @@
 #include "search/driver.h"
 #include "search/settings.h"
 #include "search/transtable.h"
-#include "ui/loop.h"
 
 namespace {
 
 // The bench searches without looking at the input or the clock.
-void noPoll(GameState&) {}
+void noPoll(SearchControl&) {}
+int64_t noClock() {
+    return 0;
+}
 
 long residentKilobytes() {
     rusage usage{};
@@ -48,35 +50,38 @@ int main(int argc, char** argv) {
         std::printf("Error (not enough memory for hashtables): kovrel-bench\n");
         return 1;
     }
-    static GameState game;
-    resetGameState(game);
-    game.xboardMode = 1; // quiet: no lists, no reports
-    game.pollFunction = noPoll;
+    static SearchControl control;
+    control.pollFunction = noPoll;
+    control.now = noClock;
+    control.output = SearchOutput::xboard; // quiet: no lists, no thinking lines
     bookEnabled = 0;
     searchTimeLimit = -1000;
+    quiescenceDepth = 48;
+    Position pos;
+    PieceLists lists;
+    Material material;
+    static MoveList legalMoves;
 
     int64_t totalNodes = 0;
     std::chrono::steady_clock::duration searching{};
     for (const char* fen : benchPositions) {
-        if (const char* problem = readFen(fen, game.position)) {
+        if (const char* problem = readFen(fen, pos)) {
             std::printf("Error (%s): kovrel-bench %s\n", problem, fen);
             return 1;
         }
         clearSearchTables();
-        game.turn = game.position.sideToMove;
-        game.keyCount = 0;
-        game.fiftyMoveCounter = 0;
-        derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
-        const int32_t last =
-            generateLegalMoves(game.turn, game.legalMoves, game.position, allMoves);
+        const Side side = pos.sideToMove;
+        control.keyCount = 0;
+        control.fiftyMoveCounter = 0;
+        derivePositionState(pos, control.keyHistory[0], lists, material);
+        const int32_t last = generateLegalMoves(side, legalMoves, pos, allMoves);
         fullWidthDepth = static_cast<int32_t>(depth * 8);
-        game.StopFlag = 0;
-        game.searchStartTime = 0;
+        control.StopFlag = 0;
+        control.searchStartTime = 0;
         const auto started = std::chrono::steady_clock::now();
-        const int32_t chosen =
-            runSearch(game, game.turn, game.legalMoves, last, game.position, 0, 0, -1000);
+        const int32_t chosen = runSearch(control, side, legalMoves, last, pos, 0, 0, -1000);
         searching += std::chrono::steady_clock::now() - started;
-        const Move& m = game.legalMoves.moves[chosen];
+        const Move& m = legalMoves.moves[chosen];
         std::printf("%-70s %c%c%c%c %10lld nodes\n", fen, 'a' + m.fromFile, '1' + m.fromRank,
                     'a' + m.toFile, '1' + m.toRank, static_cast<long long>(nodeCount));
         totalNodes += nodeCount;

@@ -52,7 +52,7 @@ TimeBudget computeTimeBudget(GameState& game) {
 
 void updateClock(GameState& game, const TimeBudget& budget) {
     if (game.totalTime == 0) return;
-    const int32_t elapsed = static_cast<int32_t>(std::time(nullptr)) - game.searchStartTime;
+    const int32_t elapsed = static_cast<int32_t>(game.search.now() - game.search.searchStartTime);
     fullWidthDepth = budget.keptDepth;
     game.engineClock += game.bonusTime - elapsed;
     game.timeSurplus = game.bonusTime + budget.budget - elapsed;

@@ -14,11 +14,12 @@ static void stopOnDraw(GameState& game) {
 // True when the position has occurred twice before with the same side to move since the last
 // capture or pawn move.
 static bool thirdOccurrence(const GameState& game) {
-    const int32_t span = game.fiftyMoveCounter & ~1;
-    const PositionKey now = game.keyHistory[game.keyCount];
+    const int32_t span = game.search.fiftyMoveCounter & ~1;
+    const PositionKey now = game.search.keyHistory[game.search.keyCount];
     int32_t seen = 0;
-    for (int32_t i = game.keyCount - span; i <= game.keyCount - 2 && seen < 2; i += 2) {
-        if (i >= 0 && game.keyHistory[i] == now) ++seen;
+    for (int32_t i = game.search.keyCount - span; i <= game.search.keyCount - 2 && seen < 2;
+         i += 2) {
+        if (i >= 0 && game.search.keyHistory[i] == now) ++seen;
     }
     return seen == 2;
 }
@@ -43,7 +44,7 @@ void checkGameEnd(GameState& game) {
         stopOnDraw(game);
         std::printf("1/2-1/2 {Neither player has mating material}\n");
     }
-    if (game.lastLegalIndex != -1 && game.fiftyMoveCounter > 99) {
+    if (game.lastLegalIndex != -1 && game.search.fiftyMoveCounter > 99) {
         stopOnDraw(game);
         std::printf("1/2-1/2 {Rule of 50 moves}\n");
     }

@@ -144,9 +144,9 @@ void readGameFile(GameState& game, FILE* file) {
             have = readFileWord(file, word, inputWordSize);
         }
         game.plyCount = 0;
-        derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
-        game.keyCount = 0;
-        game.fiftyMoveCounter = 0;
+        derivePositionState(game.position, game.search.keyHistory[0], game.lists, game.material);
+        game.search.keyCount = 0;
+        game.search.fiftyMoveCounter = 0;
         bool another = false;
         // A word that the end of the file cut off (no line end after it) is not taken.
         while (have && !std::feof(file) && word[0] != '*' && word[0] != '[') {

@@ -6,14 +6,12 @@
 
 #include "core/position.h"
 #include "core/types.h"
+#include "search/control.h"
 
 constexpr const char* programVersion = "Version 4.14";
 
 // A game stops at this many plies; the record then starts a new game.
 constexpr int32_t maxGamePlies = 406;
-// Capacity of the move and key histories (the search adds its own line's keys behind the
-// game's).
-constexpr int32_t historyCapacity = 500;
 
 // The end mark of the move record: a move whose from-file is -1.
 constexpr Move endMark = {-1, 0, 0, 0, 0};
@@ -26,9 +24,6 @@ constexpr int32_t loopNewGame = 2;  // start a new game (after maxGamePlies)
 constexpr int32_t loopQuit = 3;     // end the program, status 0
 constexpr int32_t loopFatal = 4;    // end the program, status -1
 
-struct GameState;
-using PollFunction = void (*)(GameState&);
-
 // One game in progress, owned by the entry function for the whole run.
 //   position          the game's current position, with its lists and material beside it
 //   turn              whose move it is in the game (this, not position.sideToMove, is passed on)
@@ -37,10 +32,10 @@ using PollFunction = void (*)(GameState&);
 //   startPosition     the position a set-up game began from; sideToMove 0 for the normal start
 //   plyCount          plies played since the start position
 //   moveHistory       entry i is the move of ply i + 1; entry plyCount is the end mark
-//   keyHistory        keys of the game's positions since the last set-up; the search appends
-//                     its own line's keys and removes them again
-//   keyCount          index of the current position's key in keyHistory
-//   fiftyMoveCounter  plies since the last capture or pawn move
+//   search            the record the search works with: the key history of the game's
+//                     positions since the last set-up (keyHistory, keyCount), the fifty-move
+//                     counter, the stop flag, the start time of a search (calendar seconds)
+//                     and the poll
 //   legalMoves        legal moves of turn, rebuilt at the top of every loop cycle;
 //   lastLegalIndex    the index of the last one, -1 when there is none or the game is decided
 //   loopState         see the loop* constants
@@ -57,9 +52,6 @@ using PollFunction = void (*)(GameState&);
 //   clockReset        totalTime - 5
 //   ponderTime        seconds of pondering that count for the engine's next search
 //   lastSearchIndex   index in legalMoves of the move the last search returned
-//   StopFlag          raised by the poll to end a search; cleared before every search
-//   searchStartTime   calendar second at which the current search began
-//   pollFunction      called by the search every 1000 nodes
 struct GameState {
     Position position;
     PieceLists lists;
@@ -69,9 +61,7 @@ struct GameState {
     Position startPosition;
     int32_t plyCount;
     Move moveHistory[historyCapacity];
-    PositionKey keyHistory[historyCapacity];
-    int32_t keyCount;
-    int32_t fiftyMoveCounter;
+    SearchControl search;
     MoveList legalMoves;
     int32_t lastLegalIndex;
     int32_t loopState;
@@ -89,9 +79,6 @@ struct GameState {
     int32_t clockReset;
     int32_t ponderTime;
     int32_t lastSearchIndex;
-    int32_t StopFlag;
-    int32_t searchStartTime;
-    PollFunction pollFunction;
 };
 
 // Moves through the Auto232 files; every new game turns it off, and so does Ctrl-C, which may

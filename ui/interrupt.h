@@ -8,9 +8,14 @@ void onInterruptSignal(int signalNumber);
 // Installs onInterruptSignal for SIGINT; reads interrupted by it are restarted.
 void installInterruptHandler();
 
-struct GameState;
+#include <cstdint>
 
-// The search's poll, called every 1000 nodes: raises game.StopFlag when input is waiting and
+#include "search/control.h"
+
+// The console program's clock: calendar seconds.
+int64_t calendarSeconds();
+
+// The search's poll, called every 1000 nodes: raises control.StopFlag when input is waiting and
 // interruptMode is not 0, when the Auto232 opponent's file has appeared, or when the search's
 // time limit has run out. Never clears the flag.
-void pollInterruption(GameState& game);
+void pollInterruption(SearchControl& control);

@@ -39,13 +39,15 @@ constexpr const char* optionSummary[] = {
 void resetGameState(GameState& game) {
     std::memset(&game, 0, sizeof game);
     setInitialPosition(game.position);
-    derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
+    derivePositionState(game.position, game.search.keyHistory[0], game.lists, game.material);
     game.turn = white;
     game.userSide = white;
     game.startPosition.sideToMove = 0;
     game.moveHistory[0] = endMark;
     game.lastLegalIndex = -1;
-    game.pollFunction = pollInterruption;
+    game.search.pollFunction = pollInterruption;
+    game.search.now = calendarSeconds;
+    game.search.bookMissingIsFatal = 1;
     game.totalTime = 3600;
     game.bonusTime = 0;
     game.sessionMoves = 0;
@@ -123,9 +125,9 @@ void startNewGame(GameState& game) {
     game.turn = white;
     game.plyCount = 0;
     game.moveHistory[0] = endMark;
-    derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
-    game.keyCount = 0;
-    game.fiftyMoveCounter = 0;
+    derivePositionState(game.position, game.search.keyHistory[0], game.lists, game.material);
+    game.search.keyCount = 0;
+    game.search.fiftyMoveCounter = 0;
     auto232Mode = 0;
     game.timeSurplus = 0;
     game.ponderTime = 0;
@@ -135,18 +137,19 @@ void startNewGame(GameState& game) {
 
 void recordMove(GameState& game, const Move& move) {
     game.moveHistory[game.plyCount] = move;
-    game.keyHistory[game.keyCount + 1] = game.keyHistory[game.keyCount];
-    ++game.keyCount;
+    game.search.keyHistory[game.search.keyCount + 1] = game.search.keyHistory[game.search.keyCount];
+    ++game.search.keyCount;
     const PieceCode target = game.position.squares[squareIndex(move.toFile, move.toRank)];
     const PieceCode mover = game.position.squares[squareIndex(move.fromFile, move.fromRank)];
     if (target == 0 && mover != game.turn * pawn) {
-        ++game.fiftyMoveCounter;
+        ++game.search.fiftyMoveCounter;
     } else {
-        game.fiftyMoveCounter = 0; // a capture or pawn move (en passant included)
+        game.search.fiftyMoveCounter = 0; // a capture or pawn move (en passant included)
     }
     int32_t capturedSlot = 0;
-    makeMove(game.keyHistory[game.keyCount], game.turn, game.position, game.lists, move.fromFile,
-             move.fromRank, move.toFile, move.toRank, move.promotion, game.material, capturedSlot);
+    makeMove(game.search.keyHistory[game.search.keyCount], game.turn, game.position, game.lists,
+             move.fromFile, move.fromRank, move.toFile, move.toRank, move.promotion, game.material,
+             capturedSlot);
     ++game.plyCount;
     game.moveHistory[game.plyCount] = endMark;
 }
@@ -177,11 +180,12 @@ static void echoUserMove(const GameState& game, const Move& move) {
 static void engineMove(GameState& game, Move& chosen) {
     const TimeBudget budget = computeTimeBudget(game);
     std::fflush(stdout);
-    game.searchStartTime = static_cast<int32_t>(std::time(nullptr));
-    game.StopFlag = 0;
+    game.search.searchStartTime = game.search.now();
+    game.search.StopFlag = 0;
+    game.search.output = game.xboardMode ? SearchOutput::xboard : SearchOutput::console;
     const int32_t index =
-        runSearch(game, game.turn, game.legalMoves, game.lastLegalIndex, game.position, game.showPv,
-                  game.ponderTime, budget.earlyStopTime);
+        runSearch(game.search, game.turn, game.legalMoves, game.lastLegalIndex, game.position,
+                  game.showPv, game.ponderTime, budget.earlyStopTime);
     updateClock(game, budget);
     chosen = game.legalMoves.moves[index];
     const MoveText text = moveText(chosen);
@@ -208,13 +212,14 @@ static void ponder(GameState& game) {
         std::printf("\nKovrel is pondering... Ctrl-C or hit any key to stop it\n");
     std::fflush(stdout);
     searchTimeLimit = 0;
-    game.searchStartTime = static_cast<int32_t>(std::time(nullptr));
+    game.search.searchStartTime = game.search.now();
     const int32_t keptDepth = fullWidthDepth;
     fullWidthDepth = 248;
-    game.StopFlag = 0;
-    game.lastSearchIndex = runSearch(game, game.turn, game.legalMoves, game.lastLegalIndex,
+    game.search.StopFlag = 0;
+    game.search.output = game.xboardMode ? SearchOutput::xboard : SearchOutput::console;
+    game.lastSearchIndex = runSearch(game.search, game.turn, game.legalMoves, game.lastLegalIndex,
                                      game.position, game.showPv, ponderingSearch, ponderingSearch);
-    game.ponderTime = static_cast<int32_t>(std::time(nullptr)) - game.searchStartTime;
+    game.ponderTime = static_cast<int32_t>(game.search.now() - game.search.searchStartTime);
     game.ponderMode = -1;
     fullWidthDepth = keptDepth;
 }

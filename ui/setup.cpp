@@ -23,9 +23,9 @@ void goToPly(GameState& game, int64_t target) {
         setInitialPosition(game.position);
         game.turn = white;
     }
-    derivePositionState(game.position, game.keyHistory[0], game.lists, game.material);
-    game.keyCount = 0;
-    game.fiftyMoveCounter = 0;
+    derivePositionState(game.position, game.search.keyHistory[0], game.lists, game.material);
+    game.search.keyCount = 0;
+    game.search.fiftyMoveCounter = 0;
     for (int32_t i = 0; i < game.plyCount; ++i) {
         const Move m = game.moveHistory[i];
         const int32_t last =
@@ -38,15 +38,17 @@ void goToPly(GameState& game, int64_t target) {
             break;
         }
         // As a move is played, but keeping the record after it.
-        game.keyHistory[game.keyCount + 1] = game.keyHistory[game.keyCount];
-        ++game.keyCount;
+        game.search.keyHistory[game.search.keyCount + 1] =
+            game.search.keyHistory[game.search.keyCount];
+        ++game.search.keyCount;
         const PieceCode victim = game.position.squares[squareIndex(m.toFile, m.toRank)];
         const PieceCode mover = game.position.squares[squareIndex(m.fromFile, m.fromRank)];
-        game.fiftyMoveCounter =
-            victim == 0 && mover != game.turn * pawn ? game.fiftyMoveCounter + 1 : 0;
+        game.search.fiftyMoveCounter =
+            victim == 0 && mover != game.turn * pawn ? game.search.fiftyMoveCounter + 1 : 0;
         int32_t capturedSlot = 0;
-        makeMove(game.keyHistory[game.keyCount], game.turn, game.position, game.lists, m.fromFile,
-                 m.fromRank, m.toFile, m.toRank, m.promotion, game.material, capturedSlot);
+        makeMove(game.search.keyHistory[game.search.keyCount], game.turn, game.position, game.lists,
+                 m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion, game.material,
+                 capturedSlot);
         game.turn = -game.turn;
     }
     if (!game.xboardMode) {
@@ -97,9 +99,9 @@ bool validateSetup(GameState& game) {
     if (!valid) return false;
     game.plyCount = 0;
     game.moveHistory[0] = endMark;
-    derivePositionState(pos, game.keyHistory[0], game.lists, game.material);
-    game.keyCount = 0;
-    game.fiftyMoveCounter = 0;
+    derivePositionState(pos, game.search.keyHistory[0], game.lists, game.material);
+    game.search.keyCount = 0;
+    game.search.fiftyMoveCounter = 0;
     return true;
 }
 

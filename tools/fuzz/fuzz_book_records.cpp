@@ -22,8 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     int32_t order[maxMoves];
     for (int32_t i = 0; i <= last; ++i)
         order[i] = last - i;
-    const int32_t chosen =
-        probeBook(game.keyHistory[game.keyCount], game.turn, game.legalMoves, order, last);
+    const int32_t chosen = probeBook(game.search.keyHistory[game.search.keyCount], game.turn,
+                                     game.legalMoves, order, last);
     if (chosen != noBookMove && (chosen < 0 || chosen > last)) std::abort();
     return 0;
 }

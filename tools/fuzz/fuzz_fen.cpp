@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const int32_t last = generateLegalMoves(game.turn, game.legalMoves, game.position, 0);
     for (int32_t i = 0; i <= last; ++i) {
         const Move& m = game.legalMoves.moves[i];
-        PositionKey key = game.keyHistory[0];
+        PositionKey key = game.search.keyHistory[0];
         Material material = game.material;
         const Position before = game.position;
         const PieceCode captured = game.position.squares[squareIndex(m.toFile, m.toRank)];

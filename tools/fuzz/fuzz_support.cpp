@@ -16,8 +16,8 @@
 // Nodes a search may visit before the fuzzing poll stops it.
 constexpr int64_t fuzzNodeLimit = 3000;
 
-static void fuzzPoll(GameState& game) {
-    if (nodeCount > fuzzNodeLimit) game.StopFlag = 1;
+static void fuzzPoll(SearchControl& control) {
+    if (nodeCount > fuzzNodeLimit) control.StopFlag = 1;
 }
 
 void setUpProgramOnce() {
@@ -40,17 +40,19 @@ void setUpProgramOnce() {
 GameState& freshGame() {
     static GameState game;
     resetGameState(game);
-    game.pollFunction = fuzzPoll;
+    game.search.pollFunction = fuzzPoll;
     searchTimeLimit = 0;
     return game;
 }
 
 void checkGame(const GameState& game) {
     if (game.plyCount < 0 || game.plyCount > maxGamePlies) std::abort();
-    if (game.keyCount != game.plyCount) std::abort();
+    if (game.search.keyCount != game.plyCount) std::abort();
     if (game.turn != white && game.turn != black) std::abort();
-    if (game.fiftyMoveCounter < 0 || game.fiftyMoveCounter > game.keyCount) std::abort();
-    if (!positionIsOk(game.position, game.lists, game.material, game.keyHistory[game.keyCount]))
+    if (game.search.fiftyMoveCounter < 0 || game.search.fiftyMoveCounter > game.search.keyCount)
+        std::abort();
+    if (!positionIsOk(game.position, game.lists, game.material,
+                      game.search.keyHistory[game.search.keyCount]))
         std::abort();
 }
 
