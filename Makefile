@@ -1,26 +1,43 @@
 # Two commands for a new user: `make run` and `make test`. Plain `make` builds the Release
-# binaries build/kovrel, build/kovrel-perft and build/kovrel-bench.
+# programs and tools into build/ (kovrel, kovrel-uci, kovrel-perft, kovrel-bench and, with
+# Google Benchmark, kovrel-bench-eval) and the opening book, which it also leaves in this
+# folder as openings.dat, where the console program started here looks for it.
 BUILD := build
 JOBS := $(shell nproc 2>/dev/null || echo 2)
+PREFIX ?= /usr/local
+DESTDIR ?=
 
-.PHONY: all run test configure format check-format clean
+.PHONY: all run test configure format check-format clean install uninstall
 
 all: configure
-	cmake --build $(BUILD) --target kovrel kovrel-perft kovrel-bench -j $(JOBS)
+	cmake --build $(BUILD) --target programs -j $(JOBS)
+	@cmp -s $(BUILD)/openings.dat openings.dat || cp $(BUILD)/openings.dat openings.dat
 
 configure:
 	@test -f $(BUILD)/CMakeCache.txt || cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=Release
 
-# The opening book is built from openings.txt into openings.dat here (when the source is newer;
-# the builder's report goes to build/openings.log), then Kovrel starts.
 run: all
-	@if [ ! -f openings.dat ] || [ openings.txt -nt openings.dat ]; then \
-		./$(BUILD)/kovrel -crbk </dev/null >$(BUILD)/openings.log; fi
 	./$(BUILD)/kovrel
 
 test: configure
 	cmake --build $(BUILD) -j $(JOBS)
+	@cmp -s $(BUILD)/openings.dat openings.dat || cp $(BUILD)/openings.dat openings.dat
 	cd $(BUILD) && ctest --output-on-failure -LE perft-deep -j $(JOBS)
+
+# Installs into $(DESTDIR)$(PREFIX): games/kovrel and games/kovrel-uci, the book source and
+# the built book in share/games/kovrel, the manual pages in share/man/man6. The UCI program
+# looks for its book in $(PREFIX)/share/games/kovrel, so the prefix is built in.
+install: configure
+	cmake -S . -B $(BUILD) -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
+	cmake --build $(BUILD) --target kovrel kovrel-uci book -j $(JOBS)
+	DESTDIR=$(DESTDIR) cmake --install $(BUILD)
+
+uninstall:
+	rm -f $(DESTDIR)$(PREFIX)/games/kovrel $(DESTDIR)$(PREFIX)/games/kovrel-uci
+	rm -f $(DESTDIR)$(PREFIX)/share/games/kovrel/openings.txt
+	rm -f $(DESTDIR)$(PREFIX)/share/games/kovrel/openings.dat
+	rm -f $(DESTDIR)$(PREFIX)/share/man/man6/kovrel.6 $(DESTDIR)$(PREFIX)/share/man/man6/kovrel-uci.6
+	rmdir $(DESTDIR)$(PREFIX)/share/games/kovrel 2>/dev/null || true
 
 format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')

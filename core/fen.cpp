@@ -126,3 +126,20 @@ const char* readFen(const char* fen, Position& pos) {
     if (!isSquareSafe(pos, -toMove, -1, 0)) return "the side not to move is in check";
     return nullptr;
 }
+
+int32_t fenHalfmoveClock(const char* fen) {
+    // Skip the four fields before it.
+    const char* p = skipBlanks(fen);
+    for (int32_t field = 0; field < 4; ++field) {
+        while (*p != ' ' && *p != '\t' && *p != '\0')
+            ++p;
+        p = skipBlanks(p);
+    }
+    int32_t clock = 0;
+    while (*p >= '0' && *p <= '9') {
+        clock = clock * 10 + (*p - '0');
+        if (clock > 10000) clock = 10000;
+        ++p;
+    }
+    return clock;
+}

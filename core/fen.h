@@ -12,3 +12,7 @@ constexpr const char* startFen = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w 
 // square that names no real double step is read as "-". Returns nullptr on success, else a
 // short description of what is wrong; the position is then unspecified.
 const char* readFen(const char* fen, Position& pos);
+
+// The halfmove clock of a FEN that readFen accepted: its fifth field, 0 when it is missing,
+// at most 10000.
+int32_t fenHalfmoveClock(const char* fen);

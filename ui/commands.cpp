@@ -49,12 +49,6 @@ static bool readNumber(long& value) {
     return read;
 }
 
-static bool readRealNumber(double& value) {
-    const bool read = readReal(value);
-    std::printf("\n");
-    return read;
-}
-
 static int32_t clockSetting(long value) {
     return static_cast<int32_t>(value < maxClockSetting ? value : maxClockSetting);
 }
@@ -112,10 +106,10 @@ static Then levelCommand(GameState& game) {
         std::printf(" moves) in minutes (current=%ld): ", static_cast<long>(game.totalTime / 60));
     }
     std::fflush(stdout);
-    double minutes = 0;
-    const bool minutesRead = readRealNumber(minutes);
-    if (minutesRead && minutes >= 0) {
-        const double seconds = minutes * 60;
+    double seconds = 0;
+    const bool baseRead = readClockBase(seconds);
+    std::printf("\n");
+    if (baseRead && seconds >= 0) {
         game.totalTime = seconds < maxClockSetting ? static_cast<int32_t>(seconds)
                                                    : static_cast<int32_t>(maxClockSetting);
     }

@@ -6,9 +6,8 @@
 
 #include "core/position.h"
 #include "core/types.h"
+#include "core/version.h"
 #include "search/control.h"
-
-constexpr const char* programVersion = "Version 4.14";
 
 // A game stops at this many plies; the record then starts a new game.
 constexpr int32_t maxGamePlies = 406;

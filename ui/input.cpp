@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
 #include <poll.h>
 #include <unistd.h>
@@ -125,6 +126,19 @@ bool readReal(double& value) {
     text[length] = '\0';
     reader.start += at;
     value = std::strtod(text, nullptr);
+    return true;
+}
+
+bool readClockBase(double& seconds) {
+    double minutes = 0;
+    if (!readReal(minutes)) return false;
+    seconds = minutes * 60;
+    if (peek(0) == ':' && peek(1) >= '0' && peek(1) <= '9') {
+        ++reader.start;
+        long extra = 0;
+        readLong(extra);
+        seconds += std::signbit(minutes) ? -static_cast<double>(extra) : static_cast<double>(extra);
+    }
     return true;
 }
 

@@ -22,6 +22,12 @@ bool readLong(long& value);
 // nothing but the blanks is consumed and false is returned.
 bool readReal(double& value);
 
+// Reads the base of a time control in seconds: minutes as readReal reads them, optionally
+// followed by ":" and whole seconds, as XBoard writes a base that is not a whole number of
+// minutes ("0:30" is 30 seconds, "1:05" 65). When no number follows, nothing but the blanks is
+// consumed and false is returned.
+bool readClockBase(double& seconds);
+
 // Discards the rest of the current input line, up to (not including) its line end.
 void skipRestOfLine();
 
