@@ -48,25 +48,31 @@ TEST(UciTime, PlansFollowTheSharingRule) {
         // movetime is spent in full, less the overhead, never under 1 ms.
         {"movetime 1000", moveTime(1000), white, 50, {950, always, unreachedDepth, true}},
         {"movetime under the overhead", moveTime(30), white, 50, {1, always, unreachedDepth, true}},
-        // 1+0: (60000 - 50) / 30 = 1998; budget 3996, early stop 999.
-        {"1 minute", clock(60000, 0, -1), white, 50, {3996, 999, 24, true}},
-        // 3+2: 179950 / 30 + 2000 = 7998; budget 15996.
-        {"3 minutes + 2 s", clock(180000, 2000, -1), white, 50, {15996, 3999, 24, true}},
-        // 10+0.1 with 2 s left: 1950 / 30 + 100 = 165; budget 330 (a third of 1950 is 650).
-        {"2 s left + 0.1 s", clock(2000, 100, -1), white, 50, {330, 82, 24, true}},
-        // 40 moves in 2 minutes: 119950 / 40 = 2998.
-        {"40 moves in 2 minutes", clock(120000, 0, 40), white, 50, {5996, 1499, 24, true}},
+        // pool = time + increment * (n - 1) - overhead * (n + 2); share = pool / n.
+        // 1+0: 60000 - 50 * 32 = 58400; share 1946; budget 3892, early stop 973.
+        {"1 minute", clock(60000, 0, -1), white, 50, {3892, 973, 24, true}},
+        // 3+2: 180000 + 2000 * 29 - 1600 = 236400; share 7880; budget 15760.
+        {"3 minutes + 2 s", clock(180000, 2000, -1), white, 50, {15760, 3940, 24, true}},
+        // 10+0.1 with 2 s left: 2000 + 2900 - 1600 = 3300; share 110; budget 220 (a third of
+        // 1950 is 650).
+        {"2 s left + 0.1 s", clock(2000, 100, -1), white, 50, {220, 55, 24, true}},
+        // 40 moves in 2 minutes: 120000 - 50 * 42 = 117900; share 2947; budget 5894.
+        {"40 moves in 2 minutes", clock(120000, 0, 40), white, 50, {5894, 1473, 24, true}},
         // movestogo beyond 40 is planned as 40.
-        {"movestogo 80", clock(120000, 0, 80), white, 50, {5996, 1499, 24, true}},
-        // One move to go: the share is all of 4950, the budget three quarters of it.
-        {"one move to go", clock(5000, 0, 1), white, 50, {3712, 2475, 24, true}},
-        // Two moves to go: the share is 9950 / 2 = 4975; twice that passes a third of the time
-        // left, 3316; the early stop is half the share.
-        {"two moves to go", clock(10000, 0, 2), white, 50, {3316, 2487, 24, true}},
-        // Black reads btime: 29950 / 30 = 998.
-        {"Black's clock", clock(30000, 0, -1, black), black, 50, {1996, 499, 24, true}},
+        {"movestogo 80", clock(120000, 0, 80), white, 50, {5894, 1473, 24, true}},
+        // One move to go: 5000 - 150 = 4850; the budget is three quarters of 4950.
+        {"one move to go", clock(5000, 0, 1), white, 50, {3712, 2425, 24, true}},
+        // Two moves to go: 10000 - 200 = 9800, share 4900; twice that passes a third of 9950.
+        {"two moves to go", clock(10000, 0, 2), white, 50, {3316, 2450, 24, true}},
+        // Black reads btime: 30000 - 1600 = 28400; share 946.
+        {"Black's clock", clock(30000, 0, -1, black), black, 50, {1892, 473, 24, true}},
+        // 1.5 s in sudden death is what 30 moves of 50 ms overhead cost: 1 ms a move.
+        {"clock for the overheads only", clock(1550, 0, -1), white, 50, {1, 0, 24, true}},
         // Less on the clock than the overhead: 1 ms, never a negative budget.
         {"clock under the overhead", clock(20, 0, -1), white, 50, {1, 0, 24, true}},
+        // A large increment lives on the increments: 650 + 29000 - 1600 = 28050, share 935,
+        // but never past a third of 600.
+        {"increment above the clock", clock(650, 1000, -1), white, 50, {200, 467, 24, true}},
         // No clock: depth 5 is the minimum depth of 40 eighths, no time limit.
         {"depth 5", depth(5), white, 50, {noTimeLimit, noTimeLimit, 40, false}},
         {"depth 40", depth(40), white, 50, {noTimeLimit, noTimeLimit, unreachedDepth, false}},

@@ -69,11 +69,12 @@ play_game() {
     Xvfb -displayfd 3 -screen 0 1024x768x24 3>"$dir/display" >"$dir/xvfb.log" 2>&1 &
     local xvfb=$!
     for ((wait = 0; wait < 100; wait++)); do [[ -s $dir/display ]] && break || sleep 0.1; done
+    # No animation: the referee does as little as it can between the moves.
     DISPLAY=:$(head -n1 "$dir/display") timeout "$limit" xboard \
         -fcp "$first" -fd "$first_dir" -scp "$second" -sd "$second_dir" "${protocol[@]}" \
         -matchMode true -matchGames 1 -timeControl "$base" -timeIncrement "$increment" \
         -saveGameFile "$dir/games.pgn" -autoCallFlag true -testClaims true \
-        -popupExitMessage false -ponderNextMove false \
+        -popupExitMessage false -ponderNextMove false -animateMoving false \
         -debugMode true -nameOfDebugFile "$dir/xboard.debug" >"$dir/xboard.log" 2>&1
     echo $? >"$dir/status"
     kill "$xvfb" 2>/dev/null

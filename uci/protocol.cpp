@@ -1,5 +1,6 @@
 #include "uci/protocol.h"
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -57,6 +58,8 @@ UciGame scratch; // a position command is built here and taken only when all of 
 //   deferred      a line that cannot be handled during a search waits for the loop
 //   reported      an info line with a principal variation has been sent for this search
 //   lastReported  the first move of that line
+//   goTime        when the go command came (info lines count their time from it, also after
+//                 ponderhit restarts the clock of the limits)
 struct RunningSearch {
     TimePlan plan;
     int32_t maxDepth;
@@ -68,6 +71,7 @@ struct RunningSearch {
     bool deferred;
     bool reported;
     Move lastReported;
+    int64_t goTime;
 };
 RunningSearch running;
 
@@ -243,7 +247,7 @@ void scoreText(int32_t value, char* text, size_t size) {
 }
 
 void sendProgress(const SearchControl& control) {
-    const int64_t time = control.now() - control.searchStartTime;
+    const int64_t time = control.now() - running.goTime;
     const long long nps = time > 0 ? nodeCount * 1000 / time : 0;
     sendLine("info nodes %lld nps %lld time %lld", static_cast<long long>(nodeCount), nps,
              static_cast<long long>(time));
@@ -259,6 +263,8 @@ void reportIteration(SearchControl& control, const IterationReport& r) {
     const char* bound = " lowerbound";
     if (r.lowerProven && r.upperProven && r.lower >= r.upper) {
         bound = "";
+    } else if (r.lowerProven && r.lower >= mateValue - mateRange) {
+        bound = ""; // a mate proven from below: mate in at most this many moves
     } else if (!r.lowerProven && r.upperProven) {
         value = r.upper;
         bound = " upperbound";
@@ -271,7 +277,7 @@ void reportIteration(SearchControl& control, const IterationReport& r) {
         const UciMoveText t = uciMove(r.line[i]);
         at += static_cast<size_t>(std::snprintf(line + at, sizeof line - at, " %s", t.text));
     }
-    const int64_t time = control.now() - control.searchStartTime;
+    const int64_t time = control.now() - running.goTime;
     const long long nps = time > 0 ? nodeCount * 1000 / time : 0;
     sendLine("info depth %d score %s%s nodes %lld nps %lld time %lld pv%s", r.depth, score, bound,
              static_cast<long long>(nodeCount), nps, static_cast<long long>(time), line);
@@ -344,7 +350,9 @@ void serviceInput(SearchControl& control) {
     }
     if (takeOverlongNotice())
         sendLine("info string a line longer than %d characters was ignored", maxInputLine);
-    while (const char* line = peekLine()) {
+    while (!running.quitting) {
+        const char* line = peekLine();
+        if (line == nullptr) break;
         if (handleDuringSearch(control, line) == Handled::deferred) {
             running.deferred = true;
             return;
@@ -361,17 +369,20 @@ void pollUci(SearchControl& control) {
     if (running.nodeLimit > 0 && nodeCount >= running.nodeLimit) control.StopFlag = 1;
 }
 
-// A number after a go keyword; false (and an info string) when none follows.
-bool goNumber(const char*& p, const char* keyword, int64_t& value) {
+// A number after a go keyword, at least `least`; false (and one info string) when none
+// follows. A word that is no number is taken as the missing number and skipped.
+bool goNumber(const char*& p, const char* keyword, int64_t& value, int64_t least = 0) {
     char word[32];
     const char* after = nextWord(p, word, sizeof word);
     char* end = nullptr;
+    errno = 0;
     const long long v = std::strtoll(word, &end, 10);
-    if (word[0] == '\0' || *end != '\0') {
+    if (word[0] == '\0' || *end != '\0' || errno != 0) {
         sendLine("info string go: %s needs a number", keyword);
+        if (word[0] != '\0') p = after;
         return false;
     }
-    value = v < 0 ? 0 : v;
+    value = v < least ? least : v;
     p = after;
     return true;
 }
@@ -432,11 +443,11 @@ void goCommand(const char* text) {
         } else if (isCommand(word, "movetime")) {
             goNumber(p, word, go.moveTime);
         } else if (isCommand(word, "depth")) {
-            goNumber(p, word, go.depth);
+            goNumber(p, word, go.depth, 1);
         } else if (isCommand(word, "nodes")) {
-            goNumber(p, word, go.nodes);
+            goNumber(p, word, go.nodes, 1);
         } else if (isCommand(word, "mate")) {
-            if (goNumber(p, word, mate)) go.depth = 2 * mate; // a mate in n lies within 2n plies
+            if (goNumber(p, word, mate, 1)) go.depth = 2 * mate; // a mate in n lies within 2n plies
         } else if (isCommand(word, "infinite")) {
             go.infinite = true;
         } else if (isCommand(word, "ponder")) {
@@ -476,6 +487,7 @@ void goCommand(const char* text) {
     SearchControl& control = game.search;
     control.searchStartTime = control.now();
     running = RunningSearch{};
+    running.goTime = control.searchStartTime;
     running.plan = planTime(go, game.side, uciSettings.moveOverhead, 24);
     running.maxDepth = go.depth > 0 ? static_cast<int32_t>(go.depth > 248 ? 248 : go.depth) : 0;
     running.nodeLimit = go.nodes > 0 ? go.nodes : 0;

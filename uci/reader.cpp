@@ -81,6 +81,10 @@ const char* peekLine() {
         *newline = '\0';
         lineEnd = newline - buffer;
         if (newline > buffer + begin && newline[-1] == '\r') newline[-1] = '\0';
+        // Tabs separate words as blanks do.
+        for (char* c = buffer + begin; c < newline; ++c) {
+            if (*c == '\t') *c = ' ';
+        }
         return buffer + begin;
     }
 }

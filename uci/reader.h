@@ -12,7 +12,8 @@ constexpr int32_t maxInputLine = 65535;
 // ended (nothing more will come).
 bool readWaitingInput();
 
-// The first complete line not yet handled, without its end-of-line characters, or nullptr
+// The first complete line not yet handled, without its end-of-line characters and with its
+// tabs made blanks, or nullptr
 // when none has arrived. The text stays valid until dropLine. At the end of the input a last
 // line without a newline counts as complete.
 const char* peekLine();

@@ -22,12 +22,17 @@ TimePlan planTime(const GoCommand& go, Side side, int32_t overhead, int32_t mini
         return plan;
     }
     if (go.time[colour] >= 0) {
-        int64_t available = go.time[colour] - overhead;
-        if (available < 1) available = 1;
+        const int64_t time = go.time[colour];
         int64_t movesToGo = go.movesToGo > 0 ? go.movesToGo : suddenDeathMoves;
         if (movesToGo > longestSession) movesToGo = longestSession;
         const int64_t increment = go.increment[colour] > 0 ? go.increment[colour] : 0;
-        const int64_t share = available / movesToGo + increment;
+        // What the moves to go may spend: the clock and the increments still to come, less the
+        // overhead of each of them and a little more.
+        int64_t pool = time + increment * (movesToGo - 1) - int64_t{overhead} * (movesToGo + 2);
+        if (pool < 1) pool = 1;
+        const int64_t share = pool / movesToGo;
+        int64_t available = time - overhead;
+        if (available < 1) available = 1;
         const int64_t ceiling = movesToGo == 1 ? available * 3 / 4 : available / 3;
         int64_t limit = 2 * share;
         if (limit > ceiling) limit = ceiling;

@@ -47,11 +47,14 @@ constexpr int32_t suddenDeathMoves = 30;
 // Longest stretch of moves-to-go that is planned for.
 constexpr int32_t longestSession = 40;
 
-// The plan for `side` to move. overhead: ms kept back for what happens outside the search
-// (the GUI, the pipe, the operating system); minimumDepth: the program's full-width depth
-// setting (eighths). A move time is spent in full; a clock is shared out as
-//   share = (time - overhead) / moves to go + increment,
-// with a hard stop at twice the share, never past a third of the time left (three quarters
-// with one move to go), never under 1 ms; the driver starts a new iteration beyond the
-// minimum depth only within the first quarter of it, and may end early after share / 2.
+// The plan for `side` to move. overhead: ms that every move costs outside the search (the
+// GUI, an adapter, the pipe, the operating system); minimumDepth: the program's full-width
+// depth setting (eighths). A move time is spent in full, less the overhead. A clock is shared
+// out over the moves to go (n; 30 when none is given, at most 40):
+//   share = (time + increment * (n - 1) - overhead * (n + 2)) / n,   the pool at least 1 ms,
+// with a hard stop at twice the share, never past a third of the time left less the overhead
+// (three quarters with one move to go), never under 1 ms; the driver starts a new iteration
+// beyond the minimum depth only within the first quarter of it, and may end early after
+// share / 2. Counting the overhead of every move to go keeps the clock above what the moves
+// still to come will cost even when each costs more than the increment gives back.
 TimePlan planTime(const GoCommand& go, Side side, int32_t overhead, int32_t minimumDepth);

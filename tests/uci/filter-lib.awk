@@ -1,0 +1,228 @@
+# Checks by rule of a search's report lines, for the transcripts whose searches cannot be
+# worked out line by line (the score and principal variation of an ordinary position, how many
+# iterations a timed search gets). run_uci.sh runs a transcript's NAME.filter first and these
+# rules after it; every line that neither treats is printed as it is.
+#
+# Searches are numbered by their bestmove lines: search n is the one that the n-th bestmove line
+# ends. A filter names the searches to check in its BEGIN block:
+#     rule[3] = "depth=5 best=e2e4"
+# The report lines of a named search (info depth ... and info nodes ...) and its bestmove line
+# are replaced by one line, "checked by rule: <its rule>", when everything holds; otherwise by
+# "check failed: <what>" lines followed by the lines themselves. Other lines of the search
+# (info string, readyok) are printed where they come.
+#
+# What every named search must show:
+#   - each report line well formed: "info depth D score cp|mate V [lowerbound|upperbound]
+#     nodes N nps R time T pv MOVES", or "info nodes N nps R time T" (an interrupted iteration
+#     that kept the move);
+#   - the depths of the info depth lines 2, 3, 4, ...: the first iteration searches one ply
+#     below the root moves and is reported as depth 2, and each next one a ply deeper;
+#   - a line without a principal variation only as the last one, after one with;
+#   - nodes and time that never go down (both count from the start of the search), and a speed
+#     that is nodes * 1000 / time (0 when the time is 0);
+#   - at least one info depth line (minlines=N changes that);
+#   - bestmove the first move of the last principal variation; when the last line carries a
+#     principal variation, a ponder move exactly when that variation has a second move, and
+#     that move (both come from the same walk of the tables, which nothing changes in between).
+# What a rule may add, words separated by blanks:
+#   depth=D       the info depth lines run exactly from 2 to D, and the last line is D's
+#   mate=M        the last info depth line scores "mate M" (exact or a lower bound)
+#   allmate=M     every info depth line does
+#   score=TEXT    the last info depth line's score without its bound word, "_" for a blank
+#                 (score=cp_0)
+#   maxscore=CP   the last score is at most CP centipawns (being mated counts as below all)
+#   best=MOVE     the move played;  ponder=MOVE|none   the ponder move
+#   among=M1,M2   the move played is one of these
+#   minlines=N    at least N info depth lines
+#   mintime=MS    the last report line's time is at least MS
+#   minnodes=N, maxnodes=N        bounds on the last report line's node count
+#   fewernodes=K  the last node count is below search K's
+#   same=K        the info depth lines are search K's apart from time and speed, and so is the
+#                 bestmove line
+
+function fail(text) {
+    problems = problems "check failed: " text "\n"
+}
+
+function word(wanted, key,    n, i, parts) {
+    n = split(wanted, parts, " ")
+    for (i = 1; i <= n; i++) {
+        if (index(parts[i], key "=") == 1) return substr(parts[i], length(key) + 2)
+    }
+    return ""
+}
+
+function has(wanted, key,    n, i, parts) {
+    n = split(wanted, parts, " ")
+    for (i = 1; i <= n; i++) {
+        if (parts[i] == key || index(parts[i], key "=") == 1) return 1
+    }
+    return 0
+}
+
+# The value after `key` in a report line's fields.
+function field(line, key,    n, i, f) {
+    n = split(line, f, " ")
+    for (i = 1; i < n; i++) {
+        if (f[i] == key) return f[i + 1]
+    }
+    return ""
+}
+
+# Without time and speed: what two runs of the same search must share.
+function steady(line) {
+    sub(/ nps [0-9]+ time [0-9]+/, "", line)
+    return line
+}
+
+function checkSearch(n, wanted, bestLine,    i, line, depth, expectDepth, pvCount, lastPv, pv, np,
+                     nodes, time, nps, lastNodes, lastTime, bm, nb, want, mateWant, score, k,
+                     pvLines, lastIsPv, progressAt, plain) {
+    problems = ""
+    expectDepth = 2
+    pvCount = 0
+    lastNodes = -1
+    lastTime = -1
+    lastPv = ""
+    pvLines = ""
+    progressAt = 0
+    mateWant = word(wanted, "allmate")
+    for (i = 1; i <= count; i++) {
+        line = lines[i]
+        if (line ~ /^info depth [0-9]+ score (cp -?[0-9]+|mate -?[0-9]+)( lowerbound| upperbound)? nodes [0-9]+ nps [0-9]+ time [0-9]+ pv( [a-h][1-8][a-h][1-8][nbrq]?)+$/) {
+            if (progressAt) fail("a line after the one without a principal variation")
+            depth = field(line, "depth") + 0
+            if (depth != expectDepth) fail("depth " depth " where " expectDepth " was due")
+            expectDepth = depth + 1
+            ++pvCount
+            lastPv = substr(line, index(line, " pv ") + 4)
+            pvLines = pvLines steady(line) "\n"
+            score = line
+            sub(/^.* score /, "", score)
+            sub(/ nodes .*$/, "", score)
+            if (mateWant != "" && score != "mate " mateWant)
+                fail("score " score " at depth " depth ", not mate " mateWant)
+        } else if (line ~ /^info nodes [0-9]+ nps [0-9]+ time [0-9]+$/) {
+            if (progressAt) fail("two lines without a principal variation")
+            if (pvCount == 0) fail("a line without a principal variation before any with one")
+            progressAt = i
+        } else {
+            fail("malformed report line")
+            continue
+        }
+        nodes = field(line, "nodes") + 0
+        time = field(line, "time") + 0
+        nps = field(line, "nps") + 0
+        if (nodes < lastNodes) fail("nodes went down: " nodes " after " lastNodes)
+        if (time < lastTime) fail("time went down: " time " after " lastTime)
+        want = time > 0 ? int(nodes * 1000 / time) : 0
+        if (nps != want) fail("speed " nps " where nodes and time give " want)
+        lastNodes = nodes
+        lastTime = time
+    }
+    lastIsPv = count > 0 && !progressAt
+    want = has(wanted, "minlines") ? word(wanted, "minlines") + 0 : 1
+    if (pvCount < want) fail(pvCount " info depth lines, fewer than " want)
+    if (has(wanted, "depth")) {
+        want = word(wanted, "depth") + 0
+        if (expectDepth - 1 != want || progressAt)
+            fail("the search did not end with depth " want)
+    }
+    if (has(wanted, "mate")) {
+        want = word(wanted, "mate")
+        if (score != "mate " want)
+            fail("the last score is " score ", not mate " want)
+    }
+    plain = score
+    sub(/ (lower|upper)bound$/, "", plain)
+    if (has(wanted, "score")) {
+        want = word(wanted, "score")
+        gsub(/_/, " ", want)
+        if (plain != want) fail("the last score is " plain ", not " want)
+    }
+    if (has(wanted, "maxscore")) {
+        want = word(wanted, "maxscore") + 0
+        if (!(plain ~ /^mate -/ || (plain ~ /^cp / && substr(plain, 4) + 0 <= want)))
+            fail("the last score is " plain ", above cp " want)
+    }
+    if (has(wanted, "mintime") && lastTime < word(wanted, "mintime") + 0)
+        fail("time " lastTime " ms, under " word(wanted, "mintime"))
+    if (has(wanted, "minnodes") && lastNodes < word(wanted, "minnodes") + 0)
+        fail(lastNodes " nodes, under " word(wanted, "minnodes"))
+    if (has(wanted, "maxnodes") && lastNodes > word(wanted, "maxnodes") + 0)
+        fail(lastNodes " nodes, over " word(wanted, "maxnodes"))
+    if (has(wanted, "fewernodes")) {
+        k = word(wanted, "fewernodes")
+        if (lastNodes >= finalNodes[k])
+            fail(lastNodes " nodes, not fewer than search " k "'s " finalNodes[k])
+    }
+
+    if (bestLine !~ /^bestmove [a-h][1-8][a-h][1-8][nbrq]?( ponder [a-h][1-8][a-h][1-8][nbrq]?)?$/) {
+        fail("malformed bestmove line")
+    } else {
+        nb = split(bestLine, bm, " ")
+        np = split(lastPv, pv, " ")
+        if (np > 0 && bm[2] != pv[1]) fail("bestmove " bm[2] ", the principal variation's " pv[1])
+        if (lastIsPv && np >= 2 && (nb < 4 || bm[4] != pv[2]))
+            fail("the ponder move is not the principal variation's reply " pv[2])
+        if (lastIsPv && np < 2 && nb == 4)
+            fail("a ponder move where the principal variation has no reply")
+        if (has(wanted, "best") && bm[2] != word(wanted, "best"))
+            fail("bestmove " bm[2] ", not " word(wanted, "best"))
+        if (has(wanted, "among") && index("," word(wanted, "among") ",", "," bm[2] ",") == 0)
+            fail("bestmove " bm[2] ", not among " word(wanted, "among"))
+        if (has(wanted, "ponder")) {
+            want = word(wanted, "ponder")
+            if ((want == "none" && nb == 4) || (want != "none" && bm[4] != want))
+                fail("ponder " (nb == 4 ? bm[4] : "none") ", not " want)
+        }
+    }
+    if (has(wanted, "same")) {
+        k = word(wanted, "same")
+        if (pvLines != savedPv[k]) fail("the info depth lines differ from search " k "'s")
+        if (bestLine != savedBest[k]) fail("the bestmove line differs from search " k "'s")
+    }
+
+    if (problems == "") {
+        print "checked by rule" (wanted == "" ? "" : ": " wanted)
+    } else {
+        printf "%s", problems
+        for (i = 1; i <= count; i++)
+            print "| " lines[i]
+        print "| " bestLine
+    }
+    savedPv[n] = pvLines
+    savedBest[n] = bestLine
+}
+
+BEGIN {
+    searches = 0
+    count = 0
+}
+
+# Every search's last node count and lines are kept, for the rules that compare searches.
+/^info (depth|nodes) / {
+    current = searches + 1
+    finalNodes[current] = field($0, "nodes") + 0
+    if (current in rule) {
+        lines[++count] = $0
+        next
+    }
+    if ($0 ~ / pv /) {
+        keptPv[current] = keptPv[current] steady($0) "\n"
+    }
+}
+
+/^bestmove/ {
+    ++searches
+    if (searches in rule) {
+        checkSearch(searches, rule[searches], $0)
+        count = 0
+        next
+    }
+    savedPv[searches] = keptPv[searches]
+    savedBest[searches] = $0
+    count = 0
+}
+
+{ print }
