@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# An installation under a staging folder (DESTDIR) is complete and works from anywhere: both
+# programs, the book source and the built book, both manual pages; the installed kovrel-uci,
+# started from another folder, finds the installed book and plays its first move from it; the
+# manual pages render.
+#   install.sh BUILD_DIR
+set -euo pipefail
+build=$(realpath "$1")
+stage=$(mktemp -d)
+elsewhere=$(mktemp -d)
+trap 'rm -rf "$stage" "$elsewhere"' EXIT
+DESTDIR=$stage cmake --install "$build" >/dev/null
+prefix=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
+root=$stage$prefix
+for file in games/kovrel games/kovrel-uci share/games/kovrel/openings.txt \
+    share/games/kovrel/openings.dat share/man/man6/kovrel.6 share/man/man6/kovrel-uci.6; do
+    [[ -f $root/$file ]] || { echo "not installed: $file"; exit 1; }
+done
+
+# The start position's book moves: every line of the book begins there.
+read -r high low _ <"$root/share/games/kovrel/openings.dat"
+book_moves=$(awk -v h="$high" -v l="$low" '$1 == h && $2 == l {
+    printf "%c%d%c%d\n", 97 + $4, $5 + 1, 97 + $6, $7 + 1 }' "$root/share/games/kovrel/openings.dat" | sort -u)
+cd "$elsewhere"
+output=$(printf 'uci\nposition startpos\ngo wtime 60000 btime 60000\nquit\n' | "$root/games/kovrel-uci")
+grep -q '^option name BookFile type string default .*/share/games/kovrel/openings.dat$' <<<"$output" ||
+    { echo "the installed book is not the default: $output"; exit 1; }
+grep -q '^info string' <<<"$output" && { echo "a complaint: $output"; exit 1; }
+played=$(sed -n 's/^bestmove \([a-h][1-8][a-h][1-8]\).*/\1/p' <<<"$output")
+grep -qx "$played" <<<"$book_moves" || { echo "'$played' is no book move of: $book_moves"; exit 1; }
+
+# The manual pages render (with man when it is there, else with groff).
+for page in kovrel kovrel-uci; do
+    if command -v man >/dev/null; then
+        text=$(man -l "$root/share/man/man6/$page.6" 2>/dev/null | col -b 2>/dev/null || true)
+    else
+        text=$(groff -man -Tutf8 "$root/share/man/man6/$page.6" 2>/dev/null || true)
+    fi
+    if [[ -n $text ]]; then
+        grep -q "^NAME" <<<"$text" && grep -q "$page - " <<<"$text" ||
+            { echo "the page $page does not render: $text"; exit 1; }
+    elif command -v man >/dev/null || command -v groff >/dev/null; then
+        echo "the page $page renders empty"
+        exit 1
+    fi
+done
+echo "installed, book move $played from $elsewhere"
