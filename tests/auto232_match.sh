@@ -46,7 +46,11 @@ relay() {
 }
 
 result='^(1-0|0-1|1/2-1/2) \{'
-for _ in $(seq 1200); do
+# Up to five minutes of wall-clock time: the game takes seconds on a free machine, but on a
+# starved one each side's 0.2-second looks for its file stretch out; the loop ends as soon as
+# both programs have their result.
+deadline=$((SECONDS + 300))
+while ((SECONDS < deadline)); do
     relay "$scratch/white" "$scratch/black" white
     relay "$scratch/black" "$scratch/white" black
     if grep -qE "$result" "$scratch/white/out" && grep -qE "$result" "$scratch/black/out"; then
