@@ -16,7 +16,8 @@
 #define KOVREL_DATADIR "/usr/local/share/games/kovrel"
 #endif
 
-UciSettings uciSettings = {defaultHashMegabytes, true, false, defaultMoveOverhead, false, false};
+UciSettings uciSettings = {
+    defaultHashMegabytes, true, false, defaultMoveOverhead, false, false, false};
 
 namespace {
 
@@ -221,6 +222,7 @@ void setOption(const char* text) {
             return sendLine("info string setoption BookFile: the path is too long");
         std::strcpy(bookFile, path);
         uciSettings.bookNoticed = false;
+        uciSettings.bookFound = false;
         return;
     }
     case OptionId::clearHash:

@@ -17,6 +17,8 @@ constexpr int32_t maxMoveOverhead = 5000;
 //   moveOverhead   the Move Overhead option, ms
 //   debug          debug on: an info string line with each search's plan
 //   bookNoticed    the problem with the current book file has been said (once per file)
+//   bookFound      the current book file has been read once and holds records: the search's
+//                  own reading of it is enough from then on
 struct UciSettings {
     int32_t hashMegabytes;
     bool ownBook;
@@ -24,6 +26,7 @@ struct UciSettings {
     int32_t moveOverhead;
     bool debug;
     bool bookNoticed;
+    bool bookFound;
 };
 extern UciSettings uciSettings;
 

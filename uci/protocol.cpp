@@ -246,11 +246,21 @@ void scoreText(int32_t value, char* text, size_t size) {
     }
 }
 
-void sendProgress(const SearchControl& control) {
+// Nodes, speed and time of a report line, the time counted from the go command.
+struct Progress {
+    long long nodes;
+    long long nps;
+    long long time;
+};
+Progress progress(const SearchControl& control) {
     const int64_t time = control.now() - running.goTime;
-    const long long nps = time > 0 ? nodeCount * 1000 / time : 0;
-    sendLine("info nodes %lld nps %lld time %lld", static_cast<long long>(nodeCount), nps,
-             static_cast<long long>(time));
+    return {static_cast<long long>(nodeCount), time > 0 ? nodeCount * 1000 / time : 0,
+            static_cast<long long>(time)};
+}
+
+void sendProgress(const SearchControl& control) {
+    const Progress p = progress(control);
+    sendLine("info nodes %lld nps %lld time %lld", p.nodes, p.nps, p.time);
 }
 
 // After every iteration: depth, score, nodes, speed, time and the principal variation. An
@@ -277,10 +287,9 @@ void reportIteration(SearchControl& control, const IterationReport& r) {
         const UciMoveText t = uciMove(r.line[i]);
         at += static_cast<size_t>(std::snprintf(line + at, sizeof line - at, " %s", t.text));
     }
-    const int64_t time = control.now() - running.goTime;
-    const long long nps = time > 0 ? nodeCount * 1000 / time : 0;
+    const Progress p = progress(control);
     sendLine("info depth %d score %s%s nodes %lld nps %lld time %lld pv%s", r.depth, score, bound,
-             static_cast<long long>(nodeCount), nps, static_cast<long long>(time), line);
+             p.nodes, p.nps, p.time, line);
     running.reported = true;
     running.lastReported = r.chosen;
 }
@@ -388,9 +397,11 @@ bool goNumber(const char*& p, const char* keyword, int64_t& value, int64_t least
 }
 
 // Whether the book is to be used now: OwnBook on and the file good; a problem with the file is
-// said once.
+// said once. A file found good is not read again here (the search reads it at every move, and
+// searches on should it have gone).
 bool bookUsable() {
     if (!uciSettings.ownBook) return false;
+    if (uciSettings.bookFound) return true;
     const BookCheck check = checkBook(bookFile);
     if (!uciSettings.bookNoticed) {
         if (!check.opened) {
@@ -404,6 +415,7 @@ bool bookUsable() {
         }
         uciSettings.bookNoticed = !check.opened || check.records == 0 || check.damaged;
     }
+    uciSettings.bookFound = check.opened && check.records > 0 && !check.damaged;
     return check.opened && check.records > 0;
 }
 
