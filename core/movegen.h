@@ -27,3 +27,14 @@ int32_t generateLegalMoves(Side side, MoveList& list, Position& pos, int32_t mod
 // Leaves the position as it found it.
 int32_t isPseudoLegalMove(Position& pos, Side side, int32_t fromFile, int32_t fromRank,
                           int32_t toFile, int32_t toRank, int32_t promotion);
+
+// Kind (1..6) of the enemy piece that move m of `side` takes, 0 for a move that takes nothing.
+// A pawn's diagonal move to the empty square behind an enemy pawn that has just stepped two
+// squares takes that pawn: en passant is a capture of a pawn.
+inline int32_t capturedKind(const Position& pos, Side side, const Move& m) {
+    const int32_t target = -side * pos.squares[squareIndex(m.toFile, m.toRank)];
+    if (target > 0) return target;
+    if (m.fromFile != m.toFile && side * pos.squares[squareIndex(m.fromFile, m.fromRank)] == pawn)
+        return pawn;
+    return 0;
+}

@@ -119,25 +119,17 @@ Probe probeTables(PositionKey key, int32_t remaining, int32_t distance, int32_t 
     return probe;
 }
 
-// Ordering of the deep quiescence stage: most valuable victim, least valuable mover.
+} // namespace
+
 int64_t captureOrderScore(const Position& pos, Side side, const Move& m) {
     const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
-    const int32_t victim = -side * pos.squares[squareIndex(m.toFile, m.toRank)];
+    const int32_t victim = capturedKind(pos, side, m);
     int64_t score = 0;
     if (victim > 0) score += pieceValue[victim] * 128 - pieceValue[mover];
     if (m.promotion != 0) score += pieceValue[m.promotion] * 128 - 128000;
     return score;
 }
 
-struct Ordering {
-    bool cutoff = false; // a child's stored bound proves a move good enough
-    int32_t value = 0;
-    int32_t bestIndex = -1;
-};
-
-// Scores every move for the lazy selection sort: each move is made and its child's upper-bound
-// entry looked at (which may answer the node at once), then history, promotion and capture
-// terms for the moves behind the front moves.
 Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
                     int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
                     const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
@@ -154,7 +146,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
     for (int32_t i = 0; i <= lastIndex; ++i) {
         const Move& m = moves.moves[order[i]];
         const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
-        const int32_t victim = -side * pos.squares[squareIndex(m.toFile, m.toRank)];
+        const int32_t victim = capturedKind(pos, side, m);
         HashEntry& entry = upperBoundTable[hashIndex(childKeys[i])];
         const bool stored = entryHasKey(entry, childKeys[i]);
         const bool behindFront = i >= frontMoves;
@@ -194,6 +186,8 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
     }
     return result;
 }
+
+namespace {
 
 // The child's depth limit: extensions for recaptures, pawn pushes and checks; an extension or
 // reduction by what the move's threats and captures gain that the opponent cannot parry;
@@ -357,7 +351,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         }
         const Move m = moves.moves[order[i]];
         const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
-        const bool captures = pos.squares[squareIndex(m.toFile, m.toRank)] != 0;
+        const bool captures = capturedKind(pos, side, m) != 0;
         control.fiftyMoveCounter = captures || mover == pawn ? 0 : fiftyBefore + 1;
 
         PositionKey childKey = key;

@@ -32,3 +32,26 @@ int32_t historyIndex(const Move& m, int32_t kind, Side side);
 // Raises a history counter by 2^exponent while both are small (exponent up to 20, counter up to
 // 1048575), else by one while the counter is at most 2097150.
 void rewardHistory(uint32_t& counter, int32_t exponent);
+
+// Ordering score of move m of `side` in the deep quiescence stage: most valuable victim, least
+// valuable mover, and the promotion's gain.
+int64_t captureOrderScore(const Position& pos, Side side, const Move& m);
+
+// The outcome of scoring a node's moves.
+//   cutoff     a child's stored upper bound proves a move good enough: the node is answered
+//   value      then the node's value, bestIndex the move's index in the list
+struct Ordering {
+    bool cutoff = false;
+    int32_t value = 0;
+    int32_t bestIndex = -1;
+};
+
+// Scores the moves moves[order[0..lastIndex]] into scores[0..lastIndex] for the lazy selection
+// sort of a node at levels 0 and 1: a move whose child holds an upper-bound entry is scored by
+// it (an entry that proves the move good enough answers the node at once); behind the
+// frontMoves table moves, history, promotion and capture terms are added. Leaves the position
+// and the lists as it found them.
+Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
+                    int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
+                    const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
+                    Position& pos, PieceLists& lists);

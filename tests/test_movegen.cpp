@@ -161,6 +161,26 @@ TEST(MoveGen, EnPassantBothDirections) {
     EXPECT_EQ(pseudoLegal(blackTakes, black, "e4f3"), 0);
 }
 
+// What a move takes: the piece on its target square, or the pawn beside it en passant.
+TEST(MoveGen, CapturedKindCountsEnPassantAsAPawn) {
+    // Black has just played d7-d5 beside White's pawn on e5; White's rook on a1 faces a knight.
+    Position pos = fromFen("4k3/8/8/3pP3/8/8/8/Rn2K3 w - d6 0 1");
+    const struct {
+        Move move;
+        int32_t kind;
+    } cases[] = {
+        {{4, 4, 3, 5, 0}, pawn},   // exd6 en passant: the d5 pawn
+        {{4, 4, 4, 5, 0}, 0},      // e6: a push takes nothing
+        {{0, 0, 1, 0, 0}, knight}, // Rxb1
+        {{0, 0, 0, 4, 0}, 0},      // Ra5
+        {{4, 0, 3, 1, 0}, 0},      // Kd2: a king's diagonal step is no capture
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(capturedKind(pos, white, c.move), c.kind) << name(c.move);
+    // Black's view: ...Nxa1 takes the rook.
+    EXPECT_EQ(capturedKind(pos, black, Move{1, 0, 0, 0, 0}), rook);
+}
+
 TEST(MoveGen, CastlingFollowsTheKingsStepOntoThePassedSquare) {
     Position pos = fromFen(castlingFen);
     EXPECT_EQ(movesFrom(generated(pos, white, allMoves), "e1"),

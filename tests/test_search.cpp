@@ -758,6 +758,51 @@ TEST_F(SearchLeafValues, FutilityPrunesQuietMovesNearTheHorizon) {
 }
 
 // ---------------------------------------------------------------------------------------------
+// En passant is a capture of a pawn wherever the search asks what a move takes
+
+// Black has just played d7-d5 beside White's pawn on e5; nothing can retake on d6.
+constexpr const char* enPassantOpen = "4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1";
+constexpr Move e5d6 = {4, 4, 3, 5, 0};
+
+TEST_F(SearchLeafValues, EnPassantIsOrderedAsACaptureInDeepQuiescence) {
+    board.load(enPassantOpen);
+    // Victim pawn 1000 × 128 less the mover pawn 1000.
+    EXPECT_EQ(captureOrderScore(board.pos, white, e5d6), 127000);
+}
+
+TEST_F(SearchLeafValues, EnPassantGetsTheOrderingsCaptureTerm) {
+    board.load(enPassantOpen);
+    MoveList moves;
+    const int32_t last = generateMoves(white, moves, board.pos, board.lists, allMoves);
+    int32_t identity[maxMoves];
+    int64_t scores[maxMoves];
+    int32_t at = -1;
+    for (int32_t i = 0; i <= last; ++i) {
+        identity[i] = i;
+        if (sameMove(moves.moves[i], e5d6)) at = i;
+    }
+    ASSERT_GE(at, 0);
+    const Ordering o = scoreMoves(board.key, board.material, 1, 8, 16, white, moves, last, identity,
+                                  0, noValue, scores, board.pos, board.lists);
+    EXPECT_FALSE(o.cutoff);
+    // Empty tables and history: (2 × 1000 + exchange 0) × 2048 − 1000 × 32.
+    EXPECT_EQ(scores[at], 4064000);
+}
+
+TEST_F(SearchLeafValues, EnPassantIsNeverPrunedAsAQuietMove) {
+    // White's king on a1 has no square (rook b8, queen h2) and the e-pawn is blocked: exd6 is
+    // White's only move, far behind. A quiet move here is pruned (see the test above); a
+    // capture is searched.
+    fullWidthDepth = 8;
+    board.load("1r5k/8/4b3/3pP3/8/8/7q/K7 w - d6 0 1");
+    MoveList moves;
+    ASSERT_EQ(generateMoves(white, moves, board.pos, board.lists, allMoves), 0);
+    const int64_t nodes = nodeCount;
+    EXPECT_NE(search(white, 10, -1, 8, 0), -1 - 6001);
+    EXPECT_GT(nodeCount, nodes + 2);
+}
+
+// ---------------------------------------------------------------------------------------------
 // Driver shortcuts
 
 // White: Ka1, Pe4, Nh1 against Ke8 and a hanging queen on d5. The knight has the highest list
