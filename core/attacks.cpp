@@ -1,66 +1,87 @@
 #include "core/attacks.h"
 
-// Diagonal rays in the order of the test: up-right, up-left, down-right, down-left. A pawn on
-// the first two attacks a White square (Black pawns capture downwards), on the last two a Black
-// square.
-constexpr int32_t diagonalSteps[4][2] = {{1, 1}, {-1, 1}, {1, -1}, {-1, -1}};
-// Straight rays: file +1, file -1, rank +1, rank -1.
-constexpr int32_t straightSteps[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
-
 int32_t isSquareSafe(const Position& pos, Side side, int32_t file, int32_t rank) {
     if (file == -1) {
         file = kingFile(pos, side);
         rank = kingRank(pos, side);
     }
+    return squareSafe(pos, occupancy(pos), side, squareIndex(file, rank));
+}
+
+int32_t squareSafe(const Position& pos, uint64_t occupied, Side side, int32_t square) {
     const PieceCode* squares = pos.squares;
 
-    // Diagonals: queen or bishop at any distance, king or capturing pawn next to the square.
-    for (int32_t dir = 0; dir < 4; ++dir) {
-        int32_t df = diagonalSteps[dir][0];
-        int32_t dr = diagonalSteps[dir][1];
-        int32_t f = file + df;
-        int32_t r = rank + dr;
-        if (!onBoard(f, r)) continue;
-        int32_t kind = -side * squares[squareIndex(f, r)];
-        if (kind != 0) {
-            if (kind == bishop || kind == queen || kind == king) return 0;
-            if (kind == pawn && dr == side) return 0;
-            continue;
-        }
-        for (f += df, r += dr; onBoard(f, r); f += df, r += dr) {
-            kind = -side * squares[squareIndex(f, r)];
-            if (kind == 0) continue;
-            if (kind == bishop || kind == queen) return 0;
-            break;
-        }
-    }
-
-    // Straight lines: queen or rook at any distance, king next to the square.
-    for (int32_t dir = 0; dir < 4; ++dir) {
-        int32_t df = straightSteps[dir][0];
-        int32_t dr = straightSteps[dir][1];
-        int32_t f = file + df;
-        int32_t r = rank + dr;
-        if (!onBoard(f, r)) continue;
-        int32_t kind = -side * squares[squareIndex(f, r)];
-        if (kind != 0) {
-            if (kind == rook || kind == queen || kind == king) return 0;
-            continue;
-        }
-        for (f += df, r += dr; onBoard(f, r); f += df, r += dr) {
-            kind = -side * squares[squareIndex(f, r)];
-            if (kind == 0) continue;
-            if (kind == rook || kind == queen) return 0;
-            break;
-        }
+    // The first piece on each line: a queen, a bishop on a diagonal or a rook on a straight
+    // line at any distance; the king next to the square; a pawn next to it on a diagonal that
+    // it captures along (on the two upper diagonals it attacks a White square, on the lower two
+    // a Black one).
+    for (int32_t l = 0; l < 8; ++l) {
+        const int32_t t = firstOnLine(occupied, square, l);
+        if (t < 0) continue;
+        const int32_t kind = -side * squares[t];
+        if (kind <= 0) continue;
+        if (kind == queen || kind == (isDiagonal(l) ? bishop : rook)) return 0;
+        if (t == square + geometry.step[l] &&
+            (kind == king || (kind == pawn && isDiagonal(l) && lineSteps[l][1] == side)))
+            return 0;
     }
 
     // Knights.
-    PieceCode enemyKnight = -side * knight;
-    for (int32_t n = 0; n < 8; ++n) {
-        int32_t f = file + knightSteps[n][0];
-        int32_t r = rank + knightSteps[n][1];
-        if (onBoard(f, r) && squares[squareIndex(f, r)] == enemyKnight) return 0;
+    const PieceCode enemyKnight = -side * knight;
+    for (int32_t k = 0; k < geometry.knightCount[square]; ++k) {
+        if (squares[geometry.knights[square][k]] == enemyKnight) return 0;
     }
     return 1;
+}
+
+int32_t sliderOnLine(const Position& pos, Side side, int32_t from, int32_t line) {
+    const int32_t step = geometry.step[line];
+    const int32_t slider = isDiagonal(line) ? bishop : rook;
+    int32_t t = from;
+    for (int32_t k = geometry.length[from][line]; k > 0; --k) {
+        t += step;
+        const int32_t kind = -side * pos.squares[t];
+        if (kind == 0) continue;
+        return kind == slider || kind == queen ? 1 : 0;
+    }
+    return 0;
+}
+
+bool givesCheck(const Position& pos, Side side, const Move& m) {
+    const int32_t target = squareIndex(kingFile(pos, -side), kingRank(pos, -side));
+    const int32_t to = squareIndex(m.toFile, m.toRank);
+    const int32_t kind = side * pos.squares[to];
+
+    // The piece on the target square.
+    switch (kind) {
+    case pawn:
+        if (kingRank(pos, -side) == m.toRank + side &&
+            (kingFile(pos, -side) == m.toFile + 1 || kingFile(pos, -side) == m.toFile - 1))
+            return true;
+        break;
+    case knight:
+        for (int32_t k = 0; k < geometry.knightCount[to]; ++k) {
+            if (geometry.knights[to][k] == target) return true;
+        }
+        break;
+    case bishop:
+    case rook:
+    case queen: {
+        const int32_t line = geometry.line[target][to];
+        if (line >= 0 && (kind == queen || (kind == bishop) == isDiagonal(line))) {
+            int32_t t = target + geometry.step[line];
+            while (t != to && pos.squares[t] == 0)
+                t += geometry.step[line];
+            if (t == to) return true;
+        }
+        break;
+    }
+    default:
+        break;
+    }
+
+    // A line opened through the from-square: the first piece behind it, seen from the enemy
+    // king, is one of the mover's sliders on that line.
+    const int32_t line = geometry.line[target][squareIndex(m.fromFile, m.fromRank)];
+    return line >= 0 && sliderOnLine(pos, -side, target, line);
 }

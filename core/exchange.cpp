@@ -10,8 +10,8 @@ constexpr int32_t maxExchangeSteps = 34;
 // Value a pawn gains by promoting to a queen on the capture square.
 constexpr int32_t promotionGain = 9000 - 1000;
 
-constexpr int32_t exchangeDiagonals[4][2] = {{1, 1}, {-1, 1}, {1, -1}, {-1, -1}};
-constexpr int32_t exchangeStraights[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
+// Beyond any balance a series can reach.
+constexpr int32_t noExchangeBound = 1000000000;
 
 struct Capturer {
     int32_t file;
@@ -19,15 +19,20 @@ struct Capturer {
     int32_t kind; // 0: none found
 };
 
-// With the pin check on, a candidate may capture only if lifting it leaves its king safe.
-static bool usable(Position& pos, Side side, int32_t file, int32_t rank, int32_t pinCheck) {
+// With the pin check on, a candidate may capture only if lifting it leaves its king safe. The
+// king is safe when this is asked, so only the line from the king through the candidate can
+// open.
+static bool usable(const Position& pos, uint64_t occupied, Side side, int32_t file, int32_t rank,
+                   int32_t pinCheck) {
     if (!pinCheck) return true;
     const int32_t sq = squareIndex(file, rank);
-    const PieceCode code = pos.squares[sq];
-    pos.squares[sq] = 0;
-    const bool safe = isSquareSafe(pos, side, -1, 0) != 0;
-    pos.squares[sq] = code;
-    return safe;
+    const int32_t home = squareIndex(kingFile(pos, side), kingRank(pos, side));
+    const int32_t line = geometry.line[home][sq];
+    if (line < 0) return true;
+    const int32_t t = firstOnLine(occupied & ~(uint64_t{1} << sq), home, line);
+    if (t < 0) return true;
+    const int32_t kind = -side * pos.squares[t];
+    return kind != queen && kind != (isDiagonal(line) ? bishop : rook);
 }
 
 // The pieces of `side` other than the king that attack (file, rank) directly, in scan order:
@@ -37,39 +42,24 @@ struct Candidates {
     int32_t count = 0;
 };
 
-static Candidates capturersOf(const Position& pos, Side side, int32_t file, int32_t rank) {
+static Candidates capturersOf(const Position& pos, uint64_t occupied, Side side, int32_t file,
+                              int32_t rank) {
     Candidates c;
-    for (const auto& step : knightSteps) {
-        const int32_t f = file + step[0];
-        const int32_t r = rank + step[1];
-        if (onBoard(f, r) && side * pos.squares[squareIndex(f, r)] == knight)
-            c.piece[c.count++] = {f, r, knight};
+    const int32_t square = squareIndex(file, rank);
+    const PieceCode* squares = pos.squares;
+    for (int32_t k = 0; k < geometry.knightCount[square]; ++k) {
+        const int32_t t = geometry.knights[square][k];
+        if (side * squares[t] == knight) c.piece[c.count++] = {t / 8, t % 8, knight};
     }
-    for (const auto& step : exchangeDiagonals) {
-        int32_t f = file + step[0];
-        int32_t r = rank + step[1];
-        int32_t distance = 1;
-        while (onBoard(f, r) && pos.squares[squareIndex(f, r)] == 0) {
-            f += step[0];
-            r += step[1];
-            ++distance;
-        }
-        if (!onBoard(f, r)) continue;
-        const int32_t kind = side * pos.squares[squareIndex(f, r)];
-        // A pawn above the square captures downwards (Black), one below upwards (White).
-        if (kind == bishop || kind == queen || (kind == pawn && distance == 1 && step[1] == -side))
-            c.piece[c.count++] = {f, r, kind};
-    }
-    for (const auto& step : exchangeStraights) {
-        int32_t f = file + step[0];
-        int32_t r = rank + step[1];
-        while (onBoard(f, r) && pos.squares[squareIndex(f, r)] == 0) {
-            f += step[0];
-            r += step[1];
-        }
-        if (!onBoard(f, r)) continue;
-        const int32_t kind = side * pos.squares[squareIndex(f, r)];
-        if (kind == rook || kind == queen) c.piece[c.count++] = {f, r, kind};
+    for (int32_t l = 0; l < 8; ++l) {
+        const int32_t t = firstOnLine(occupied, square, l);
+        if (t < 0) continue;
+        const int32_t kind = side * squares[t];
+        if (kind == queen || kind == (isDiagonal(l) ? bishop : rook) ||
+            // A pawn above the square captures downwards (Black), one below upwards (White).
+            (kind == pawn && isDiagonal(l) && t == square + geometry.step[l] &&
+             lineSteps[l][1] == -side))
+            c.piece[c.count++] = {t / 8, t % 8, kind};
     }
     return c;
 }
@@ -77,15 +67,17 @@ static Candidates capturersOf(const Position& pos, Side side, int32_t file, int3
 // Least valuable capturer of `side` on (file, rank), the king excluded: the usable candidate of
 // the smallest kind, the first found (knights, diagonals, straights) among equal kinds. With
 // the pin check on, none while the own king is attacked.
-static Capturer leastValuableCapturer(Position& pos, Side side, int32_t file, int32_t rank,
-                                      int32_t pinCheck) {
-    const Candidates c = capturersOf(pos, side, file, rank);
+static Capturer leastValuableCapturer(Position& pos, uint64_t occupied, Side side, int32_t file,
+                                      int32_t rank, int32_t pinCheck) {
+    const Candidates c = capturersOf(pos, occupied, side, file, rank);
     if (c.count == 0) return {-1, -1, 0};
-    if (pinCheck && !isSquareSafe(pos, side, -1, 0)) return {-1, -1, 0};
+    if (pinCheck &&
+        !squareSafe(pos, occupied, side, squareIndex(kingFile(pos, side), kingRank(pos, side))))
+        return {-1, -1, 0};
     for (int32_t kind = pawn; kind <= queen; ++kind) {
         for (int32_t i = 0; i < c.count; ++i) {
             const Capturer& p = c.piece[i];
-            if (p.kind == kind && usable(pos, side, p.file, p.rank, pinCheck)) return p;
+            if (p.kind == kind && usable(pos, occupied, side, p.file, p.rank, pinCheck)) return p;
         }
     }
     return {-1, -1, 0};
@@ -93,7 +85,8 @@ static Capturer leastValuableCapturer(Position& pos, Side side, int32_t file, in
 
 // The king of `side` as the last resort: it captures when it stands next to the square and the
 // square is not attacked once the king has left its own.
-static Capturer kingCapturer(Position& pos, Side side, int32_t file, int32_t rank) {
+static Capturer kingCapturer(Position& pos, uint64_t occupied, Side side, int32_t file,
+                             int32_t rank) {
     const int32_t kf = kingFile(pos, side);
     const int32_t kr = kingRank(pos, side);
     const int32_t df = kf - file;
@@ -102,7 +95,8 @@ static Capturer kingCapturer(Position& pos, Side side, int32_t file, int32_t ran
     const int32_t at = squareIndex(kf, kr);
     const PieceCode code = pos.squares[at];
     pos.squares[at] = 0;
-    const bool safe = isSquareSafe(pos, side, file, rank) != 0;
+    const bool safe =
+        squareSafe(pos, occupied & ~(uint64_t{1} << at), side, squareIndex(file, rank)) != 0;
     pos.squares[at] = code;
     return safe ? Capturer{kf, kr, king} : Capturer{-1, -1, 0};
 }
@@ -120,18 +114,38 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
     changedSquare[changes] = target;
     changedCode[changes++] = pos.squares[target];
 
+    // The series ends early once its outcome is known: each side may stop where it stands, so
+    // `side` is sure of the best balance it could have stopped at (floor) and the opponent of
+    // the worst (ceiling), both from `side`'s view. When all that s can still reach by going
+    // on (what it has now, up to the next capture's gain) lies beyond one of them, the earlier
+    // stop decides and the rest of the series cannot change the result.
+    int32_t floor = -noExchangeBound;
+    int32_t ceiling = noExchangeBound;
+    // The target counts as occupied throughout (the capturer of the moment stands on it).
+    uint64_t occupied = occupancy(pos) | uint64_t{1} << target;
     Side s = side;
     for (;;) {
+        const int32_t now = side * balance;
+        const int32_t gain =
+            pieceValue[kindOnSquare] + (rank == (s > 0 ? 7 : 0) ? promotionGain : 0);
+        if (s == side) {
+            if (now >= ceiling || now + gain <= floor) break;
+            if (now > floor) floor = now;
+        } else {
+            if (now <= floor || now - gain >= ceiling) break;
+            if (now < ceiling) ceiling = now;
+        }
         // A pawn of s on the square keeps lines through it closed and counts it as occupied.
         pos.squares[target] = s;
-        Capturer capturer = leastValuableCapturer(pos, s, file, rank, pinCheck);
-        if (capturer.kind == 0) capturer = kingCapturer(pos, s, file, rank);
+        Capturer capturer = leastValuableCapturer(pos, occupied, s, file, rank, pinCheck);
+        if (capturer.kind == 0) capturer = kingCapturer(pos, occupied, s, file, rank);
         if (capturer.kind == 0) break;
 
         const int32_t from = squareIndex(capturer.file, capturer.rank);
         changedSquare[changes] = from;
         changedCode[changes++] = pos.squares[from];
         pos.squares[from] = 0;
+        occupied &= ~(uint64_t{1} << from);
         if (kindOnSquare != 0) balance += s * pieceValue[kindOnSquare];
         kindOnSquare = capturer.kind;
         if (capturer.kind == pawn && rank == (s > 0 ? 7 : 0)) {

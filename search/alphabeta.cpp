@@ -338,6 +338,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     int32_t best = -noValue;
     Move bestMove = {0, 0, 0, 0, 0};
     const int32_t fiftyBefore = control.fiftyMoveCounter;
+    int32_t inCheck = -1; // whether the side to move is in check: -1 until it is needed
     for (int32_t i = 0; i <= lastIndex && best < testBound && searchRunning; ++i) {
         if (i >= probe.frontMoves) {
             int32_t pick = i;
@@ -356,13 +357,24 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
 
         PositionKey childKey = key;
         Material childMaterial = material;
+        const bool enPassant = mover == pawn && m.fromFile != m.toFile &&
+                               pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
+        const bool castles =
+            mover == king && (m.toFile - m.fromFile == 2 || m.fromFile - m.toFile == 2);
+        if (mover != king && inCheck < 0) inCheck = isSquareSafe(pos, side, -1, 0) ? 0 : 1;
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
-        if (mover != king && !isSquareSafe(pos, side, -1, 0)) {
+        if (mover != king &&
+            !(inCheck == 0 && !enPassant
+                  ? kingSafeAfterMoveFrom(pos, side, squareIndex(m.fromFile, m.fromRank))
+                  : isSquareSafe(pos, side, -1, 0))) {
             takeBack(side, pos, lists, m, undo);
             control.fiftyMoveCounter = fiftyBefore;
             continue;
         }
-        ThreatKind childCheck = isSquareSafe(pos, -side, -1, 0) ? 0 : 2;
+        ThreatKind childCheck =
+            (enPassant || castles ? !isSquareSafe(pos, -side, -1, 0) : givesCheck(pos, side, m))
+                ? 2
+                : 0;
 
         int32_t d = depthLimit;
         bool exchangeKnown = false;

@@ -5,6 +5,9 @@
 
 #include "core/attacks.h"
 #include "core/fen.h"
+#include "core/makemove.h"
+#include "core/movegen.h"
+#include "core/movetext.h"
 #include "core/position.h"
 
 namespace {
@@ -114,4 +117,60 @@ TEST(SquareSafety, KingSquareComesFromTheKingFields) {
     // The rank argument is ignored.
     EXPECT_EQ(isSquareSafe(pos, black, -1, 5), 0);
     EXPECT_EQ(isSquareSafe(pos, white, -1, 7), 1);
+}
+
+// The quick tests of a king left attacked and of a check given look only where the move can
+// have changed something. Walked over every move of a few plies from positions rich in pins,
+// checks, promotions, castling and en passant, they must agree with the full test everywhere
+// they apply.
+namespace {
+
+int64_t compareQuickTests(Position& pos, PieceLists& lists, Side side, int32_t depth) {
+    MoveList moves;
+    const int32_t last = generateMoves(side, moves, pos, lists, allMoves);
+    const bool inCheck = !isSquareSafe(pos, side, -1, 0);
+    int64_t compared = 0;
+    for (int32_t i = 0; i <= last; ++i) {
+        const Move& m = moves.moves[i];
+        const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
+        const bool enPassant = mover == pawn && m.fromFile != m.toFile &&
+                               pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
+        const bool castles =
+            mover == king && (m.toFile - m.fromFile) * (m.toFile - m.fromFile) == 4;
+        PositionKey key = 0;
+        Material material = {{0, 0}};
+        const MoveUndo undo = playOnBoard(key, side, pos, lists, m, material);
+        const bool legal = isSquareSafe(pos, side, -1, 0) != 0;
+        if (mover != king && !inCheck && !enPassant) {
+            EXPECT_EQ(kingSafeAfterMoveFrom(pos, side, squareIndex(m.fromFile, m.fromRank)), legal)
+                << moveText(m).text;
+            ++compared;
+        }
+        if (legal) {
+            if (!enPassant && !castles) {
+                EXPECT_EQ(givesCheck(pos, side, m), isSquareSafe(pos, -side, -1, 0) == 0)
+                    << moveText(m).text;
+                ++compared;
+            }
+            if (depth > 1) compared += compareQuickTests(pos, lists, -side, depth - 1);
+        }
+        takeBack(side, pos, lists, m, undo);
+    }
+    return compared;
+}
+
+} // namespace
+
+TEST(QuickAttackTests, AgreeWithTheFullTestOverWholeTrees) {
+    for (const char* fen : {
+             "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+             "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+             "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+             "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
+         }) {
+        Position pos = fromFen(fen);
+        PieceLists lists;
+        buildPieceLists(pos, lists);
+        EXPECT_GT(compareQuickTests(pos, lists, pos.sideToMove, 3), 1000) << fen;
+    }
 }
