@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Checks kovrel-perft against the reference counts of a perft EPD file
-# (lines "<fen> ;D1 n ;D2 n ..."), for every depth whose count lies in [MIN, MAX].
-#   perft.sh KOVREL_PERFT EPD MIN MAX
+# (lines "<fen> ;D1 n ;D2 n ..."), for every depth whose count lies in [MIN, MAX]. Further
+# arguments go to kovrel-perft before the depth (--full: every leaf made and tested).
+#   perft.sh KOVREL_PERFT EPD MIN MAX [OPTION...]
 set -euo pipefail
 perft=$1 epd=$2 min=$3 max=$4
+shift 4
 checked=0 failed=0
 while IFS= read -r line || [[ -n $line ]]; do
     [[ -z $line || $line == \#* ]] && continue
@@ -15,7 +17,7 @@ while IFS= read -r line || [[ -n $line ]]; do
         read -r tag count <<<"$field"
         depth=${tag#D}
         if ((count < min || count > max)); then continue; fi
-        got=$("$perft" "$depth" "$fen" | awk '/^nodes /{print $2}')
+        got=$("$perft" "$@" "$depth" "$fen" | awk '/^nodes /{print $2}')
         checked=$((checked + 1))
         if [[ $got != "$count" ]]; then
             echo "FAIL depth $depth of $fen: expected $count, got $got"

@@ -1,7 +1,11 @@
 // kovrel-perft: counts the leaves of the legal move tree with the engine's own generator,
-// make/unmake and legality test, exactly as the search uses them.
+// make/unmake and attack tests, as the search uses them.
 //
-//   kovrel-perft [--divide] DEPTH [FEN]
+//   kovrel-perft [--divide] [--full] DEPTH [FEN]
+//
+// The moves of the last ply are counted without being made (bulk counting): a move is legal
+// unless it is a pinned piece's move off its line, a move while in check or en passant (those
+// are made and the king tested). --full makes and tests every move of every ply.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -24,33 +28,59 @@ struct Tree {
     PieceLists lists;
 };
 
-// Leaves below the position at `depth`, `side` to move. A move is legal when the mover's king
-// is not attacked after it; king moves are legal by construction of the generator.
+// Pieces of `side` pinned against their own king: pinLine[square] is the line (0..7) from the
+// king through the piece, -1 for a piece that may leave its square.
+void findPins(const Position& pos, Side side, int8_t* pinLine) {
+    const uint64_t occupied = occupancy(pos);
+    const int32_t home = squareIndex(kingFile(pos, side), kingRank(pos, side));
+    for (int32_t l = 0; l < 8; ++l) {
+        const int32_t first = firstOnLine(occupied, home, l);
+        if (first < 0 || side * pos.squares[first] <= 0) continue;
+        const int32_t second = firstOnLine(occupied, first, l);
+        if (second < 0) continue;
+        const int32_t kind = -side * pos.squares[second];
+        if (kind == queen || kind == (isDiagonal(l) ? bishop : rook))
+            pinLine[first] = static_cast<int8_t>(l);
+    }
+}
+
+// Leaves below the position at `depth`, `side` to move. King moves are legal by construction
+// of the generator; another piece's move is legal when its king is not attacked after it.
 uint64_t countLeaves(Tree& tree, Side side, int32_t depth, PositionKey key,
-                     const Material& material) {
+                     const Material& material, bool bulk) {
     MoveList moves;
     const int32_t last = generateMoves(side, moves, tree.pos, tree.lists, allMoves);
-    const int32_t whiteCastling = tree.pos.whiteCastling;
-    const int32_t blackCastling = tree.pos.blackCastling;
-    const int32_t enPassant = tree.pos.enPassant;
+    const bool inCheck = !isSquareSafe(tree.pos, side, -1, 0);
+    int8_t pinLine[64];
+    for (int8_t& p : pinLine)
+        p = -1;
+    if (bulk && !inCheck) findPins(tree.pos, side, pinLine);
+    const int32_t home = squareIndex(kingFile(tree.pos, side), kingRank(tree.pos, side));
     uint64_t leaves = 0;
     for (int32_t i = 0; i <= last; ++i) {
         const Move& m = moves.moves[i];
-        const PieceCode captured = tree.pos.squares[squareIndex(m.toFile, m.toRank)];
-        const bool kingMoves = side * tree.pos.squares[squareIndex(m.fromFile, m.fromRank)] == king;
+        const int32_t from = squareIndex(m.fromFile, m.fromRank);
+        const int32_t to = squareIndex(m.toFile, m.toRank);
+        const int32_t mover = side * tree.pos.squares[from];
+        const bool enPassant = mover == pawn && m.fromFile != m.toFile && tree.pos.squares[to] == 0;
+        // Without check or en passant, only a pinned piece can expose its king, and only by
+        // leaving the line of its pin.
+        const bool known = mover == king || (bulk && !inCheck && !enPassant);
+        const bool legal =
+            mover == king || pinLine[from] < 0 || geometry.line[home][to] == pinLine[from];
+        if (known && !legal) continue;
+        if (known && bulk && depth <= 1) {
+            ++leaves;
+            continue;
+        }
         PositionKey childKey = key;
         Material childMaterial = material;
-        int32_t capturedSlot = 0;
-        makeMove(childKey, side, tree.pos, tree.lists, m.fromFile, m.fromRank, m.toFile, m.toRank,
-                 m.promotion, childMaterial, capturedSlot);
-        if (kingMoves || isSquareSafe(tree.pos, side, -1, 0)) {
-            leaves += depth <= 1 ? 1 : countLeaves(tree, -side, depth - 1, childKey, childMaterial);
+        const MoveUndo undo = playOnBoard(childKey, side, tree.pos, tree.lists, m, childMaterial);
+        if (known || isSquareSafe(tree.pos, side, -1, 0)) {
+            leaves +=
+                depth <= 1 ? 1 : countLeaves(tree, -side, depth - 1, childKey, childMaterial, bulk);
         }
-        unmakeMove(side, tree.pos, tree.lists, m.fromFile, m.fromRank, m.toFile, m.toRank,
-                   m.promotion, captured, capturedSlot);
-        tree.pos.whiteCastling = whiteCastling;
-        tree.pos.blackCastling = blackCastling;
-        tree.pos.enPassant = enPassant;
+        takeBack(side, tree.pos, tree.lists, m, undo);
     }
     return leaves;
 }
@@ -65,12 +95,19 @@ int fail(const char* what) {
 int main(int argc, char** argv) {
     initPositionKeys();
     bool divide = false;
+    bool bulk = true;
     int arg = 1;
-    if (arg < argc && std::strcmp(argv[arg], "--divide") == 0) {
-        divide = true;
-        ++arg;
+    for (; arg < argc; ++arg) {
+        if (std::strcmp(argv[arg], "--divide") == 0) {
+            divide = true;
+        } else if (std::strcmp(argv[arg], "--full") == 0) {
+            bulk = false;
+        } else {
+            break;
+        }
     }
-    if (arg >= argc || argc - arg > 2) return fail("usage: kovrel-perft [--divide] DEPTH [FEN]");
+    if (arg >= argc || argc - arg > 2)
+        return fail("usage: kovrel-perft [--divide] [--full] DEPTH [FEN]");
     char* end = nullptr;
     const long depth = std::strtol(argv[arg], &end, 10);
     if (end == argv[arg] || *end != '\0' || depth < 0 || depth > maxPerftDepth)
@@ -94,7 +131,7 @@ int main(int argc, char** argv) {
     if (depth == 0) {
         nodes = 1;
     } else if (!divide) {
-        nodes = countLeaves(tree, side, static_cast<int32_t>(depth), key, material);
+        nodes = countLeaves(tree, side, static_cast<int32_t>(depth), key, material, bulk);
     } else {
         // One line per legal root move, in generation order.
         MoveList roots;
@@ -111,7 +148,7 @@ int main(int argc, char** argv) {
             const uint64_t below = depth == 1
                                        ? 1
                                        : countLeaves(tree, -side, static_cast<int32_t>(depth - 1),
-                                                     childKey, childMaterial);
+                                                     childKey, childMaterial, bulk);
             tree.pos = saved;
             tree.lists = rootLists;
             const MoveText text = moveText(m);
@@ -126,7 +163,7 @@ int main(int argc, char** argv) {
     const long long ms = elapsed;
     const unsigned long long nps =
         ms > 0 ? nodes * 1000ULL / static_cast<unsigned long long>(ms) : nodes * 1000ULL;
-    std::printf("nodes %llu time %lld ms nps %llu\n", static_cast<unsigned long long>(nodes), ms,
-                nps);
+    std::printf("nodes %llu time %lld ms nps %llu%s\n", static_cast<unsigned long long>(nodes), ms,
+                nps, bulk && depth > 0 ? " (last ply counted in bulk)" : "");
     return 0;
 }
