@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 
+#include "core/attacks.h"
 #include "eval/material.h"
 #include "eval/work.h"
 
@@ -62,16 +63,23 @@ static void settleThreats(EvalWork& w) {
     }
 }
 
-void evaluatePosition(const Position& pos, const PieceLists& lists, Side side) {
-    EvalWork w;
-    for (int32_t sq = 0; sq < 64; ++sq) {
-        w.attackBalance[sq] = 0;
-        w.leastAttacker[sq][0] = noAttacker;
-        w.leastAttacker[sq][1] = noAttacker;
-        w.pinnedFlag[sq] = 0;
+void startEvalWork(EvalWork& w, const Position& pos, Side side) {
+    for (int32_t& a : w.attackBalance)
+        a = 0;
+    for (int32_t(&least)[2] : w.leastAttacker) {
+        least[0] = noAttacker;
+        least[1] = noAttacker;
     }
+    for (uint8_t& pinned : w.pinnedFlag)
+        pinned = 0;
+    w.occupied = occupancy(pos);
     w.piecesPresent = 0;
     w.toMove = side;
+}
+
+void evaluatePosition(const Position& pos, const PieceLists& lists, Side side) {
+    EvalWork w;
+    startEvalWork(w, pos, side);
     scorePlacementAndAttacks(w, pos, lists);
 
     w.effectivePhase = w.piecesPresent ? gamePhase : 6;

@@ -1,5 +1,6 @@
 // Second pass of the evaluation for knights, bishops, rooks and queens (safe mobility), the
 // defence and threat step that pawns share, and the threat bookkeeping.
+#include "core/attacks.h"
 #include "eval/values.h"
 #include "eval/work.h"
 
@@ -12,26 +13,38 @@ constexpr int32_t rookMobility[14] = {200, 90, 30, 20, 10, 10, 4, 4, 4, 4, 2, 2,
 // The queen counts each line (both directions of a diagonal, file or rank) on its own.
 constexpr int32_t queenLineMobility[7] = {90, 25, 10, 5, 1, 1, 1};
 
+// The bonus of the first `count` safe moves together: sum[count].
+template <int32_t N> struct FirstSums { int32_t sum[N + 1]; };
+template <int32_t N> constexpr FirstSums<N> firstSums(const int32_t (&table)[N]) {
+    FirstSums<N> t{};
+    for (int32_t i = 0; i < N; ++i)
+        t.sum[i + 1] = t.sum[i] + table[i];
+    return t;
+}
+constexpr auto knightMobilitySum = firstSums(knightMobility);
+constexpr auto bishopMobilitySum = firstSums(bishopMobility);
+constexpr auto rookMobilitySum = firstSums(rookMobility);
+constexpr auto queenLineMobilitySum = firstSums(queenLineMobility);
+
 // defenceWeight[kind]: bonus of a defended piece, divided by its cheapest defender's value
 // over 1000.
 constexpr int32_t defenceWeight[7] = {0, 50, 80, 80, 50, 25, 0};
 
 constexpr int32_t knightJumps[8][2] = {{1, 2}, {1, -2}, {-1, 2}, {-1, -2},
                                        {2, 1}, {2, -1}, {-2, 1}, {-2, -1}};
-// The four lines through a square, as one direction of each; diagonals first.
-constexpr int32_t lineDirections[4][2] = {{1, 1}, {1, -1}, {1, 0}, {0, 1}};
+// The four lines through a square, as the two opposite directions of each (see lineSteps);
+// diagonals first.
+constexpr int32_t lineDirections[4][2] = {{0, 3}, {2, 1}, {4, 5}, {6, 7}};
 
-// Value of the enemy slider that stands first behind (f, r) looking in direction (df, dr) and
-// moves along that line (bishop or queen on a diagonal, rook or queen on a file or rank); -1
-// when there is none. It would x-ray through the square the piece leaves.
-int32_t sliderBehind(const Position& pos, Side side, int32_t f, int32_t r, int32_t df, int32_t dr) {
-    const bool diagonal = df != 0 && dr != 0;
-    for (int32_t tf = f + df, tr = r + dr; onBoard(tf, tr); tf += df, tr += dr) {
-        const int32_t seen = side * pos.squares[squareIndex(tf, tr)];
-        if (seen == 0) continue;
-        if (seen == -queen || seen == (diagonal ? -bishop : -rook)) return pieceValue[-seen];
-        return -1;
-    }
+// Value of the enemy slider that stands first behind `square` looking along `line` and moves
+// along it (bishop or queen on a diagonal, rook or queen on a file or rank); -1 when there is
+// none. It would x-ray through the square the piece leaves.
+int32_t sliderBehind(const EvalWork& w, const Position& pos, Side side, int32_t square,
+                     int32_t line) {
+    const int32_t t = firstOnLine(w.occupied, square, line);
+    if (t < 0) return -1;
+    const int32_t seen = side * pos.squares[t];
+    if (seen == -queen || seen == (isDiagonal(line) ? -bishop : -rook)) return pieceValue[-seen];
     return -1;
 }
 
@@ -48,26 +61,22 @@ bool safeMove(const EvalWork& w, const Position& pos, Side side, int32_t value, 
     return risk <= w.leastAttacker[t][sideIndex(-side)];
 }
 
-// Safe moves of a slider along one direction, up to and including the first occupied square.
-int32_t safeMovesAlong(const EvalWork& w, const Position& pos, Side side, int32_t value, int32_t f,
-                       int32_t r, int32_t df, int32_t dr) {
-    const int32_t behind = sliderBehind(pos, side, f, r, -df, -dr);
+// Safe moves of a slider along one direction, up to and including the first occupied square;
+// `behind` is the line the other way.
+int32_t safeMovesAlong(const EvalWork& w, const Position& pos, Side side, int32_t value,
+                       int32_t square, int32_t line, int32_t behindLine) {
+    const int32_t behind = sliderBehind(w, pos, side, square, behindLine);
+    const int32_t step = geometry.step[line];
     int32_t count = 0;
-    for (int32_t tf = f + df, tr = r + dr; onBoard(tf, tr); tf += df, tr += dr) {
-        const int32_t t = squareIndex(tf, tr);
+    int32_t t = square;
+    for (int32_t k = geometry.length[square][line]; k > 0; --k) {
+        t += step;
         const int32_t seen = side * pos.squares[t];
         if (seen > 0) break;
         if (safeMove(w, pos, side, value, t, behind)) ++count;
         if (seen < 0) break;
     }
     return count;
-}
-
-int32_t sumOfFirst(const int32_t* table, int32_t count) {
-    int32_t sum = 0;
-    for (int32_t i = 0; i < count; ++i)
-        sum += table[i];
-    return sum;
 }
 
 } // namespace
@@ -126,21 +135,21 @@ void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32
             const int32_t t = squareIndex(tf, tr);
             if (side * pos.squares[t] <= 0 && safeMove(w, pos, side, value, t, -1)) ++moves;
         }
-        w.squareValue[square] += sumOfFirst(knightMobility, moves);
+        w.squareValue[square] += knightMobilitySum.sum[moves];
     } else {
         const bool diagonals = kind != rook;
         const bool straights = kind != bishop;
         for (int32_t line = 0; line < 4; ++line) {
             if (line < 2 ? !diagonals : !straights) continue;
-            const int32_t df = lineDirections[line][0];
-            const int32_t dr = lineDirections[line][1];
-            const int32_t count = safeMovesAlong(w, pos, side, value, file, rank, df, dr) +
-                                  safeMovesAlong(w, pos, side, value, file, rank, -df, -dr);
-            if (kind == queen) w.squareValue[square] += sumOfFirst(queenLineMobility, count);
+            const int32_t one = lineDirections[line][0];
+            const int32_t other = lineDirections[line][1];
+            const int32_t count = safeMovesAlong(w, pos, side, value, square, one, other) +
+                                  safeMovesAlong(w, pos, side, value, square, other, one);
+            if (kind == queen) w.squareValue[square] += queenLineMobilitySum.sum[count];
             moves += count;
         }
-        if (kind == bishop) w.squareValue[square] += sumOfFirst(bishopMobility, moves);
-        if (kind == rook) w.squareValue[square] += sumOfFirst(rookMobility, moves);
+        if (kind == bishop) w.squareValue[square] += bishopMobilitySum.sum[moves];
+        if (kind == rook) w.squareValue[square] += rookMobilitySum.sum[moves];
     }
     settlePiece(w, side, square, kind, defenceWeight[kind], moves == 0);
 }

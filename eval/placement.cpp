@@ -3,6 +3,7 @@
 // built for the second pass.
 #include <initializer_list>
 
+#include "core/attacks.h"
 #include "eval/values.h"
 #include "eval/work.h"
 
@@ -126,8 +127,6 @@ constexpr int32_t pinnedFlagMargin = 2999;
 
 constexpr int32_t knightJumps[8][2] = {{1, 2}, {1, -2}, {-1, 2}, {-1, -2},
                                        {2, 1}, {2, -1}, {-2, 1}, {-2, -1}};
-constexpr int32_t diagonalRays[4][2] = {{1, 1}, {1, -1}, {-1, -1}, {-1, 1}};
-constexpr int32_t straightRays[4][2] = {{1, 0}, {0, -1}, {-1, 0}, {0, 1}};
 
 // The two largest values among the enemy pieces a piece attacks directly, starting from the
 // piece's own value: a fork counts when the second largest exceeds the attacker.
@@ -159,9 +158,15 @@ inline void attack(EvalWork& w, const Piece& p, int32_t target) {
     if (p.value < least) least = p.value;
 }
 
-// The attack bonus for the piece on `target` (which must be occupied), divided by `divisor`.
-inline int32_t bonusFor(const Position& pos, const Piece& p, int32_t target, int32_t divisor) {
-    return attackBonus[p.kind][6 + p.side * pos.squares[target]] / divisor;
+// The attack bonus for the piece on `target` (which must be occupied).
+inline int32_t bonusFor(const Position& pos, const Piece& p, int32_t target) {
+    return attackBonus[p.kind][6 + p.side * pos.squares[target]];
+}
+
+// The same divided by 2^shift, rounded towards zero as a division is.
+inline int32_t bonusHalved(const Position& pos, const Piece& p, int32_t target, int32_t shift) {
+    const int32_t bonus = attackBonus[p.kind][6 + p.side * pos.squares[target]];
+    return bonus >= 0 ? bonus >> shift : -(-bonus >> shift);
 }
 
 void pawnPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r) {
@@ -174,7 +179,7 @@ void pawnPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, 
         attack(w, p, t);
         const int32_t seen = p.side * pos.squares[t];
         if (seen == 0) continue;
-        w.squareValue[p.square] += bonusFor(pos, p, t, 1);
+        w.squareValue[p.square] += bonusFor(pos, p, t);
         if (seen < -pawn) {
             ++forked;
             if (pieceValue[-seen] < smaller) smaller = pieceValue[-seen];
@@ -193,7 +198,7 @@ void knightPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f
         attack(w, p, t);
         const int32_t seen = p.side * pos.squares[t];
         if (seen == 0) continue;
-        w.squareValue[p.square] += bonusFor(pos, p, t, 1);
+        w.squareValue[p.square] += bonusFor(pos, p, t);
         if (seen < 0) keepTwoLargest(attacked, pieceValue[-seen]);
     }
     if (attacked.second > p.value) w.squareValue[p.square] += attacked.second / forkDivisor;
@@ -203,31 +208,34 @@ void knightPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f
 // One ray of a bishop, rook or queen. It ends at its second blocker; battery pieces (a bishop or
 // queen right in front on a diagonal, rooks and queens in an unbroken row on a line) do not
 // block. Each occupied square after the first is scored at half the weight of the one before.
-void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r, int32_t df,
-               int32_t dr, bool diagonal, TwoLargest& attacked) {
-    int32_t divisor = 1;
+void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t line, bool diagonal,
+               TwoLargest& attacked) {
+    int32_t halvings = 0; // each occupied square after the first counts half the one before
     int32_t blockers = 0;
     int32_t firstEnemyValue = 0;
     int32_t firstEnemySquare = -1;
-    for (int32_t tf = f + df, tr = r + dr; onBoard(tf, tr) && blockers < 2; tf += df, tr += dr) {
-        const int32_t t = squareIndex(tf, tr);
+    const int32_t step = geometry.step[line];
+    const int32_t length = geometry.length[p.square][line];
+    int32_t t = p.square;
+    for (int32_t k = 1; k <= length && blockers < 2; ++k) {
+        t += step;
         if (blockers == 0) {
             w.attackBalance[t] += p.side;
-            if (divisor == 1) {
+            if (halvings == 0) {
                 int32_t& least = w.leastAttacker[t][p.colour];
                 if (p.value < least) least = p.value;
             }
         }
         const int32_t seen = p.side * pos.squares[t];
         if (seen == 0) continue;
-        w.squareValue[p.square] += bonusFor(pos, p, t, divisor);
+        w.squareValue[p.square] += bonusHalved(pos, p, t, halvings);
         if (seen < 0) {
             const int32_t enemyValue = pieceValue[-seen];
-            if (divisor == 1) {
+            if (halvings == 0) {
                 keepTwoLargest(attacked, enemyValue);
                 firstEnemyValue = enemyValue;
                 firstEnemySquare = t;
-            } else if (divisor == 2 && firstEnemySquare >= 0 && enemyValue - p.value > 0) {
+            } else if (halvings == 1 && firstEnemySquare >= 0 && enemyValue - p.value > 0) {
                 if (firstEnemyValue < enemyValue) {
                     // A pin: the first enemy may not move without exposing the piece behind it.
                     w.squareValue[p.square] += firstEnemyValue / pinDivisor;
@@ -239,12 +247,12 @@ void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int3
             }
             ++blockers;
         } else if (diagonal) {
-            if (divisor == 1 && (seen == bishop || seen == queen)) {
+            if (halvings == 0 && (seen == bishop || seen == queen)) {
                 w.squareValue[p.square] += diagonalBatteryBonus;
             } else {
                 // The slider backs up the capture of an own pawn that stands in its way.
-                if (blockers == 0 && seen == pawn && dr == p.side && onBoard(tf + df, tr + dr))
-                    w.attackBalance[squareIndex(tf + df, tr + dr)] += p.side;
+                if (blockers == 0 && seen == pawn && lineSteps[line][1] == p.side && k < length)
+                    w.attackBalance[t + step] += p.side;
                 ++blockers;
             }
         } else {
@@ -254,19 +262,19 @@ void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int3
                 ++blockers;
             }
         }
-        divisor *= 2;
+        ++halvings;
     }
 }
 
-void sliderPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r) {
+void sliderPlacement(EvalWork& w, const Position& pos, const Piece& p) {
     TwoLargest attacked = {p.value, p.value};
     if (p.kind != rook) {
-        for (const auto& ray : diagonalRays)
-            sliderRay(w, pos, p, f, r, ray[0], ray[1], true, attacked);
+        for (int32_t line = 0; line < 4; ++line)
+            sliderRay(w, pos, p, line, true, attacked);
     }
     if (p.kind != bishop) {
-        for (const auto& ray : straightRays)
-            sliderRay(w, pos, p, f, r, ray[0], ray[1], false, attacked);
+        for (int32_t line = 4; line < 8; ++line)
+            sliderRay(w, pos, p, line, false, attacked);
     }
     if (attacked.second > p.value) w.squareValue[p.square] += attacked.second / forkDivisor;
     w.piecesPresent = 1;
@@ -281,7 +289,7 @@ void kingPlacement(EvalWork& w, const Position& pos, const PieceLists& lists, co
             if ((tf == f && tr == r) || !onBoard(tf, tr)) continue;
             const int32_t t = squareIndex(tf, tr);
             attack(w, p, t);
-            if (pos.squares[t] != 0) w.squareValue[p.square] += bonusFor(pos, p, t, 1);
+            if (pos.squares[t] != 0) w.squareValue[p.square] += bonusFor(pos, p, t);
         }
     }
 }
@@ -310,7 +318,7 @@ void scorePlacementAndAttacks(EvalWork& w, const Position& pos, const PieceLists
             case bishop:
             case rook:
             case queen:
-                sliderPlacement(w, pos, p, f, r);
+                sliderPlacement(w, pos, p);
                 break;
             case king:
                 kingPlacement(w, pos, lists, p, f, r);

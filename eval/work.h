@@ -28,6 +28,7 @@ constexpr int32_t trappedDivisor = 4;
 //   otherThreat      largest threat against the other side
 //   total            positional totals being summed, [colour]
 //   toMove           the side to move
+//   occupied         the occupied squares, a bit set over square indices
 struct EvalWork {
     int32_t squareValue[64];
     int32_t attackBalance[64];
@@ -42,7 +43,12 @@ struct EvalWork {
     int32_t otherThreat;
     int32_t total[2];
     Side toMove;
+    uint64_t occupied;
 };
+
+// Clears the attack map and the flags and notes the occupied squares and the side to move,
+// ready for the first pass.
+void startEvalWork(EvalWork& w, const Position& pos, Side side);
 
 // First pass: piece values from the tables and attacks, and the attack map.
 void scorePlacementAndAttacks(EvalWork& w, const Position& pos, const PieceLists& lists);

@@ -43,14 +43,7 @@ int32_t sq(const char* name) {
 // effectivePhase 6 without pieces, kingSafetyWeight 7 - 2 * phase with pieces up to phase 3.
 EvalWork firstPass(const LoadedPosition& s, Side toMove) {
     EvalWork w{};
-    for (int32_t t = 0; t < 64; ++t) {
-        w.attackBalance[t] = 0;
-        w.leastAttacker[t][0] = noAttacker;
-        w.leastAttacker[t][1] = noAttacker;
-        w.pinnedFlag[t] = 0;
-    }
-    w.piecesPresent = 0;
-    w.toMove = toMove;
+    startEvalWork(w, s.pos, toMove);
     scorePlacementAndAttacks(w, s.pos, s.lists);
     w.effectivePhase = w.piecesPresent ? gamePhase : 6;
     w.kingSafetyWeight = w.piecesPresent && gamePhase <= 3 ? 7 - 2 * gamePhase : 0;
