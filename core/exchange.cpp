@@ -68,11 +68,13 @@ static Candidates capturersOf(const Position& pos, uint64_t occupied, Side side,
 // the smallest kind, the first found (knights, diagonals, straights) among equal kinds. With
 // the pin check on, none while the own king is attacked.
 static Capturer leastValuableCapturer(Position& pos, uint64_t occupied, Side side, int32_t file,
-                                      int32_t rank, int32_t pinCheck) {
+                                      int32_t rank, int32_t pinCheck, int32_t kingAttacked) {
     const Candidates c = capturersOf(pos, occupied, side, file, rank);
     if (c.count == 0) return {-1, -1, 0};
     if (pinCheck &&
-        !squareSafe(pos, occupied, side, squareIndex(kingFile(pos, side), kingRank(pos, side))))
+        (kingAttacked >= 0 ? kingAttacked == 1
+                           : !squareSafe(pos, occupied, side,
+                                         squareIndex(kingFile(pos, side), kingRank(pos, side)))))
         return {-1, -1, 0};
     for (int32_t kind = pawn; kind <= queen; ++kind) {
         for (int32_t i = 0; i < c.count; ++i) {
@@ -101,7 +103,8 @@ static Capturer kingCapturer(Position& pos, uint64_t occupied, Side side, int32_
     return safe ? Capturer{kf, kr, king} : Capturer{-1, -1, 0};
 }
 
-int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int32_t pinCheck) {
+int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int32_t pinCheck,
+                       int32_t kingAttacked) {
     const int32_t target = squareIndex(file, rank);
     int32_t balances[maxExchangeSteps];
     int32_t changedSquare[maxExchangeSteps];
@@ -137,7 +140,9 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
         }
         // A pawn of s on the square keeps lines through it closed and counts it as occupied.
         pos.squares[target] = s;
-        Capturer capturer = leastValuableCapturer(pos, occupied, s, file, rank, pinCheck);
+        // What the caller knows of the king holds for the first capture only.
+        Capturer capturer = leastValuableCapturer(pos, occupied, s, file, rank, pinCheck,
+                                                  captures == 0 ? kingAttacked : -1);
         if (capturer.kind == 0) capturer = kingCapturer(pos, occupied, s, file, rank);
         if (capturer.kind == 0) break;
 

@@ -103,11 +103,12 @@ static void kingMoves(Side side, MoveList& list, int32_t& last, Position& pos, i
     const int32_t home = side > 0 ? 0 : 7;
     const bool onHomeSquare = f == 4 && r == home;
     pos.squares[squareIndex(f, r)] = 0;
+    const uint64_t occupied = occupancy(pos);
     for (int32_t tf = f - 1; tf <= f + 1; ++tf) {
         for (int32_t tr = r - 1; tr <= r + 1; ++tr) {
             if ((tf == f && tr == r) || !onBoard(tf, tr)) continue;
             if (side * pos.squares[squareIndex(tf, tr)] > mode) continue;
-            if (!isSquareSafe(pos, side, tf, tr)) continue;
+            if (!squareSafe(pos, occupied, side, squareIndex(tf, tr))) continue;
             addMove(list, last, f, r, tf, tr, 0);
             if (onHomeSquare && tr == home && castlingAllowed(side, pos, home, tf))
                 addMove(list, last, f, r, tf == 3 ? 2 : 6, r, 0);

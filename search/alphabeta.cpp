@@ -382,7 +382,10 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         bool pruned = false;
         int32_t v = 0;
         if (level < 2) {
-            exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1);
+            // A king not in check after the move is safe for the series too, whose first step
+            // puts a piece of the opponent's own on the target square.
+            exchange =
+                side * staticExchange(-side, pos, m.toFile, m.toRank, 1, childCheck == 2 ? -1 : 0);
             exchangeKnown = true;
             d = childDepthLimit(depthLimit, material, childMaterial, exchange, childCheck,
                                 moveThreat, side, m, mover, captures, pos);
@@ -424,7 +427,8 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
                     e = side * evaluate(childMaterial, pos, lists, -side, side * testBound);
                 } else {
                     if (!exchangeKnown)
-                        exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1);
+                        exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
+                                                         childCheck == 2 ? -1 : 0);
                     e = side * evaluate(childMaterial, pos, lists, -side,
                                         side * (testBound - 2 * exchange)) +
                         exchange;
