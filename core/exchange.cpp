@@ -13,19 +13,53 @@ constexpr int32_t promotionGain = 9000 - 1000;
 // Beyond any balance a series can reach.
 constexpr int32_t noExchangeBound = 1000000000;
 
+// A capturer: its square and kind; kind 0 for none.
 struct Capturer {
-    int32_t file;
-    int32_t rank;
-    int32_t kind; // 0: none found
+    int32_t square;
+    int32_t kind;
 };
+
+// What can reach the target during a series: the knights a knight's jump away and the first
+// piece on each of the eight lines from the target. Captures only ever empty squares, so the
+// first piece of a line changes only when it leaves, and then the next one behind it along
+// the line comes forward (an x-ray).
+//   knights[k]   squares of knights of either side, -1 once used; knightCount of them
+//   first[l]     square of the first piece on line l from the target, -1 for none
+struct Reach {
+    int32_t knights[8];
+    int32_t knightCount;
+    int32_t first[8];
+};
+
+static void findReach(const Position& pos, uint64_t occupied, int32_t target, Reach& reach) {
+    reach.knightCount = 0;
+    for (int32_t k = 0; k < geometry.knightCount[target]; ++k) {
+        const int32_t t = geometry.knights[target][k];
+        if (pos.squares[t] == knight || pos.squares[t] == -knight)
+            reach.knights[reach.knightCount++] = t;
+    }
+    for (int32_t l = 0; l < 8; ++l)
+        reach.first[l] = firstOnLine(occupied, target, l);
+}
+
+// The capturer on `from` has left (its square is already clear in `occupied`).
+static void leave(Reach& reach, uint64_t occupied, int32_t target, int32_t from) {
+    const int32_t l = geometry.line[target][from];
+    if (l >= 0) {
+        reach.first[l] = firstOnLine(occupied, from, l);
+        return;
+    }
+    for (int32_t k = 0; k < reach.knightCount; ++k) {
+        if (reach.knights[k] == from) reach.knights[k] = -1;
+    }
+}
 
 // With the pin check on, a candidate may capture only if lifting it leaves its king safe. The
 // king is safe when this is asked, so only the line from the king through the candidate can
 // open.
-static bool usable(const Position& pos, uint64_t occupied, Side side, int32_t file, int32_t rank,
+static bool usable(const Position& pos, uint64_t occupied, Side side, int32_t sq,
                    int32_t pinCheck) {
     if (!pinCheck) return true;
-    const int32_t sq = squareIndex(file, rank);
     const int32_t home = squareIndex(kingFile(pos, side), kingRank(pos, side));
     const int32_t line = geometry.line[home][sq];
     if (line < 0) return true;
@@ -35,72 +69,60 @@ static bool usable(const Position& pos, uint64_t occupied, Side side, int32_t fi
     return kind != queen && kind != (isDiagonal(line) ? bishop : rook);
 }
 
-// The pieces of `side` other than the king that attack (file, rank) directly, in scan order:
-// knights, then the first piece of each diagonal ray, then of each straight ray.
-struct Candidates {
-    Capturer piece[16];
+// Least valuable capturer of `side` on the target, the king excluded: among the knights, then
+// the first pieces of the diagonals, then of the straight lines that can capture along their
+// line (a pawn only from next to the square and towards its own advance), the usable one of
+// the smallest kind, the first found among equal kinds. With the pin check on, none while the
+// own king is attacked.
+static Capturer leastValuableCapturer(const Position& pos, uint64_t occupied, const Reach& reach,
+                                      Side side, int32_t target, int32_t pinCheck,
+                                      int32_t kingAttacked) {
+    Capturer candidates[16];
     int32_t count = 0;
-};
-
-static Candidates capturersOf(const Position& pos, uint64_t occupied, Side side, int32_t file,
-                              int32_t rank) {
-    Candidates c;
-    const int32_t square = squareIndex(file, rank);
-    const PieceCode* squares = pos.squares;
-    for (int32_t k = 0; k < geometry.knightCount[square]; ++k) {
-        const int32_t t = geometry.knights[square][k];
-        if (side * squares[t] == knight) c.piece[c.count++] = {t / 8, t % 8, knight};
+    for (int32_t k = 0; k < reach.knightCount; ++k) {
+        const int32_t t = reach.knights[k];
+        if (t >= 0 && side * pos.squares[t] == knight) candidates[count++] = {t, knight};
     }
     for (int32_t l = 0; l < 8; ++l) {
-        const int32_t t = firstOnLine(occupied, square, l);
+        const int32_t t = reach.first[l];
         if (t < 0) continue;
-        const int32_t kind = side * squares[t];
+        const int32_t kind = side * pos.squares[t];
         if (kind == queen || kind == (isDiagonal(l) ? bishop : rook) ||
             // A pawn above the square captures downwards (Black), one below upwards (White).
-            (kind == pawn && isDiagonal(l) && t == square + geometry.step[l] &&
+            (kind == pawn && isDiagonal(l) && t == target + geometry.step[l] &&
              lineSteps[l][1] == -side))
-            c.piece[c.count++] = {t / 8, t % 8, kind};
+            candidates[count++] = {t, kind};
     }
-    return c;
-}
-
-// Least valuable capturer of `side` on (file, rank), the king excluded: the usable candidate of
-// the smallest kind, the first found (knights, diagonals, straights) among equal kinds. With
-// the pin check on, none while the own king is attacked.
-static Capturer leastValuableCapturer(Position& pos, uint64_t occupied, Side side, int32_t file,
-                                      int32_t rank, int32_t pinCheck, int32_t kingAttacked) {
-    const Candidates c = capturersOf(pos, occupied, side, file, rank);
-    if (c.count == 0) return {-1, -1, 0};
+    if (count == 0) return {-1, 0};
     if (pinCheck &&
         (kingAttacked >= 0 ? kingAttacked == 1
                            : !squareSafe(pos, occupied, side,
                                          squareIndex(kingFile(pos, side), kingRank(pos, side)))))
-        return {-1, -1, 0};
-    for (int32_t kind = pawn; kind <= queen; ++kind) {
-        for (int32_t i = 0; i < c.count; ++i) {
-            const Capturer& p = c.piece[i];
-            if (p.kind == kind && usable(pos, occupied, side, p.file, p.rank, pinCheck)) return p;
+        return {-1, 0};
+    // The smallest kind first, in the order found; a candidate that may not leave its square
+    // is passed over.
+    for (;;) {
+        int32_t best = -1;
+        for (int32_t i = 0; i < count; ++i) {
+            if (candidates[i].kind != 0 && (best < 0 || candidates[i].kind < candidates[best].kind))
+                best = i;
         }
+        if (best < 0) return {-1, 0};
+        if (usable(pos, occupied, side, candidates[best].square, pinCheck)) return candidates[best];
+        candidates[best].kind = 0;
     }
-    return {-1, -1, 0};
 }
 
 // The king of `side` as the last resort: it captures when it stands next to the square and the
 // square is not attacked once the king has left its own.
-static Capturer kingCapturer(Position& pos, uint64_t occupied, Side side, int32_t file,
-                             int32_t rank) {
-    const int32_t kf = kingFile(pos, side);
-    const int32_t kr = kingRank(pos, side);
-    const int32_t df = kf - file;
-    const int32_t dr = kr - rank;
-    if (df < -1 || df > 1 || dr < -1 || dr > 1) return {-1, -1, 0};
-    const int32_t at = squareIndex(kf, kr);
-    const PieceCode code = pos.squares[at];
-    pos.squares[at] = 0;
-    const bool safe =
-        squareSafe(pos, occupied & ~(uint64_t{1} << at), side, squareIndex(file, rank)) != 0;
-    pos.squares[at] = code;
-    return safe ? Capturer{kf, kr, king} : Capturer{-1, -1, 0};
+static Capturer kingCapturer(const Position& pos, uint64_t occupied, Side side, int32_t target) {
+    const int32_t at = squareIndex(kingFile(pos, side), kingRank(pos, side));
+    const int32_t df = at / 8 - target / 8;
+    const int32_t dr = at % 8 - target % 8;
+    if (df < -1 || df > 1 || dr < -1 || dr > 1) return {-1, 0};
+    // The king's own square counts as empty for the test; its content is never looked at.
+    const bool safe = squareSafe(pos, occupied & ~(uint64_t{1} << at), side, target) != 0;
+    return safe ? Capturer{at, king} : Capturer{-1, 0};
 }
 
 int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int32_t pinCheck,
@@ -126,6 +148,8 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
     int32_t ceiling = noExchangeBound;
     // The target counts as occupied throughout (the capturer of the moment stands on it).
     uint64_t occupied = occupancy(pos) | uint64_t{1} << target;
+    Reach reach;
+    findReach(pos, occupied, target, reach);
     Side s = side;
     for (;;) {
         const int32_t now = side * balance;
@@ -141,16 +165,17 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
         // A pawn of s on the square keeps lines through it closed and counts it as occupied.
         pos.squares[target] = s;
         // What the caller knows of the king holds for the first capture only.
-        Capturer capturer = leastValuableCapturer(pos, occupied, s, file, rank, pinCheck,
+        Capturer capturer = leastValuableCapturer(pos, occupied, reach, s, target, pinCheck,
                                                   captures == 0 ? kingAttacked : -1);
-        if (capturer.kind == 0) capturer = kingCapturer(pos, occupied, s, file, rank);
+        if (capturer.kind == 0) capturer = kingCapturer(pos, occupied, s, target);
         if (capturer.kind == 0) break;
 
-        const int32_t from = squareIndex(capturer.file, capturer.rank);
+        const int32_t from = capturer.square;
         changedSquare[changes] = from;
         changedCode[changes++] = pos.squares[from];
         pos.squares[from] = 0;
         occupied &= ~(uint64_t{1} << from);
+        leave(reach, occupied, target, from);
         if (kindOnSquare != 0) balance += s * pieceValue[kindOnSquare];
         kindOnSquare = capturer.kind;
         if (capturer.kind == pawn && rank == (s > 0 ? 7 : 0)) {
