@@ -13,11 +13,13 @@ namespace {
 
 constexpr Threat noThreat = {0, -1, -1};
 
-// The four lines through a square, each by its first direction: the rising diagonal, the
-// falling diagonal, the rank, the file.
-constexpr int32_t lineSteps[4][2] = {{1, 1}, {1, -1}, {1, 0}, {0, 1}};
-constexpr int32_t bishopRays[4][2] = {{1, 1}, {1, -1}, {-1, -1}, {-1, 1}};
-constexpr int32_t rookRays[4][2] = {{1, 0}, {0, -1}, {-1, 0}, {0, 1}};
+// The four lines through a square as pairs of opposite directions (see lineSteps), each by its
+// first direction: the rising diagonal, the falling diagonal, the rank, the file.
+constexpr int32_t linePairs[4][2] = {{0, 3}, {2, 1}, {4, 5}, {6, 7}};
+// The rays of a bishop and of a rook in the order they are scanned: (1, 1), (1, -1), (-1, -1),
+// (-1, 1) and (1, 0), (0, -1), (-1, 0), (0, 1).
+constexpr int32_t bishopRays[4] = {0, 2, 3, 1};
+constexpr int32_t rookRays[4] = {4, 7, 5, 6};
 
 // Worth of a threat: almost the victim, a little more when the attacker is cheap.
 inline int32_t threatValue(int32_t victimKind, int32_t attackerKind) {
@@ -39,61 +41,46 @@ void keep(BestTwo& pair, int32_t value, int32_t file, int32_t rank) {
     }
 }
 
-// First occupied square from (file, rank) in direction (df, dr), or false at the edge.
-bool firstPiece(const Position& pos, int32_t file, int32_t rank, int32_t df, int32_t dr,
-                int32_t& atFile, int32_t& atRank) {
-    for (int32_t f = file + df, r = rank + dr; onBoard(f, r); f += df, r += dr) {
-        if (pos.squares[squareIndex(f, r)] != 0) {
-            atFile = f;
-            atRank = r;
-            return true;
-        }
-    }
-    return false;
-}
-
 inline bool slidesAlong(int32_t kind, bool diagonal) {
     return kind == queen || kind == (diagonal ? bishop : rook);
 }
 
-void discoveredThreats(const Position& pos, Side side, int32_t ff, int32_t fr, int32_t tf,
-                       int32_t tr, BestTwo& pair) {
+void discoveredThreats(const Position& pos, uint64_t occupied, Side side, int32_t ff, int32_t fr,
+                       int32_t tf, int32_t tr, BestTwo& pair) {
     const int32_t df = tf - ff;
     const int32_t dr = tr - fr;
     const bool ranAlong[4] = {df == dr, df == -dr, dr == 0, df == 0};
+    const int32_t from = squareIndex(ff, fr);
     for (int32_t line = 0; line < 4; ++line) {
         if (ranAlong[line]) continue;
-        const int32_t sf = lineSteps[line][0];
-        const int32_t sr = lineSteps[line][1];
-        const bool diagonal = sf != 0 && sr != 0;
-        int32_t f1;
-        int32_t r1;
-        int32_t f2;
-        int32_t r2;
-        if (!firstPiece(pos, ff, fr, sf, sr, f1, r1)) continue;
-        if (!firstPiece(pos, ff, fr, -sf, -sr, f2, r2)) continue;
-        const int32_t first = side * pos.squares[squareIndex(f1, r1)];
-        const int32_t second = side * pos.squares[squareIndex(f2, r2)];
+        const bool diagonal = line < 2;
+        const int32_t at1 = firstOnLine(occupied, from, linePairs[line][0]);
+        if (at1 < 0) continue;
+        const int32_t at2 = firstOnLine(occupied, from, linePairs[line][1]);
+        if (at2 < 0) continue;
+        const int32_t first = side * pos.squares[at1];
+        const int32_t second = side * pos.squares[at2];
         if (first > 0 && slidesAlong(first, diagonal) && second < 0) {
-            keep(pair, threatValue(-second, first), f2, r2);
+            keep(pair, threatValue(-second, first), at2 / 8, at2 % 8);
         } else if (first < 0 && second > 0 && slidesAlong(second, diagonal)) {
-            keep(pair, threatValue(-first, second), f1, r1);
+            keep(pair, threatValue(-first, second), at1 / 8, at1 % 8);
         }
     }
 }
 
-void rayThreats(const Position& pos, Side side, int32_t tf, int32_t tr, int32_t attacker,
-                const int32_t (*rays)[2], BestTwo& pair) {
+void rayThreats(const Position& pos, uint64_t occupied, Side side, int32_t to, int32_t attacker,
+                const int32_t* rays, BestTwo& pair) {
     for (int32_t ray = 0; ray < 4; ++ray) {
-        int32_t f;
-        int32_t r;
-        if (!firstPiece(pos, tf, tr, rays[ray][0], rays[ray][1], f, r)) continue;
-        const int32_t seen = side * pos.squares[squareIndex(f, r)];
-        if (seen < 0) keep(pair, threatValue(-seen, attacker), f, r);
+        const int32_t at = firstOnLine(occupied, to, rays[ray]);
+        if (at < 0) continue;
+        const int32_t seen = side * pos.squares[at];
+        if (seen < 0) keep(pair, threatValue(-seen, attacker), at / 8, at % 8);
     }
 }
 
-void directThreats(const Position& pos, Side side, int32_t tf, int32_t tr, BestTwo& pair) {
+void directThreats(const Position& pos, uint64_t occupied, Side side, int32_t tf, int32_t tr,
+                   BestTwo& pair) {
+    const int32_t to = squareIndex(tf, tr);
     const int32_t attacker = side * pos.squares[squareIndex(tf, tr)];
     switch (attacker) {
     case pawn:
@@ -115,14 +102,14 @@ void directThreats(const Position& pos, Side side, int32_t tf, int32_t tr, BestT
         }
         break;
     case bishop:
-        rayThreats(pos, side, tf, tr, bishop, bishopRays, pair);
+        rayThreats(pos, occupied, side, to, bishop, bishopRays, pair);
         break;
     case rook:
-        rayThreats(pos, side, tf, tr, rook, rookRays, pair);
+        rayThreats(pos, occupied, side, to, rook, rookRays, pair);
         break;
     case queen:
-        rayThreats(pos, side, tf, tr, queen, bishopRays, pair);
-        rayThreats(pos, side, tf, tr, queen, rookRays, pair);
+        rayThreats(pos, occupied, side, to, queen, bishopRays, pair);
+        rayThreats(pos, occupied, side, to, queen, rookRays, pair);
         break;
     default:
         break;
@@ -136,10 +123,11 @@ ThreatKind threatScan(const Position& pos, Side side, int32_t fromFile, int32_t 
     discoveredThreat = noThreat;
     directThreat = noThreat;
     secondThreat = noThreat;
+    const uint64_t occupied = occupancy(pos);
     BestTwo discovered = {noThreat, noThreat};
-    discoveredThreats(pos, side, fromFile, fromRank, toFile, toRank, discovered);
+    discoveredThreats(pos, occupied, side, fromFile, fromRank, toFile, toRank, discovered);
     BestTwo direct = {noThreat, noThreat};
-    directThreats(pos, side, toFile, toRank, direct);
+    directThreats(pos, occupied, side, toFile, toRank, direct);
 
     discoveredThreat = discovered.best;
     directThreat = direct.best;
