@@ -3,9 +3,10 @@
 #include "core/attacks.h"
 #include "core/makemove.h"
 
-// Slider directions in generation order.
-constexpr int32_t bishopSteps[4][2] = {{1, 1}, {1, -1}, {-1, -1}, {-1, 1}};
-constexpr int32_t rookSteps[4][2] = {{1, 0}, {0, -1}, {-1, 0}, {0, 1}};
+// Slider directions in generation order, as lines of the board's geometry: the bishop's
+// (1, 1), (1, -1), (-1, -1), (-1, 1); the rook's (1, 0), (0, -1), (-1, 0), (0, 1).
+constexpr int32_t bishopLines[4] = {0, 2, 3, 1};
+constexpr int32_t rookLines[4] = {4, 7, 5, 6};
 
 // Promotion kinds in the order they are written: queen first for pushes and captures towards
 // the lower file, knight first for captures towards the higher file.
@@ -57,22 +58,24 @@ static void pawnMoves(Side side, MoveList& list, int32_t& last, const Position& 
 
 static void knightMoves(Side side, MoveList& list, int32_t& last, const Position& pos, int32_t f,
                         int32_t r, int32_t mode) {
-    for (const auto& step : knightSteps) {
-        int32_t tf = f + step[0];
-        int32_t tr = r + step[1];
-        if (onBoard(tf, tr) && side * pos.squares[squareIndex(tf, tr)] <= mode)
-            addMove(list, last, f, r, tf, tr, 0);
+    const int32_t from = squareIndex(f, r);
+    for (int32_t k = 0; k < geometry.knightCount[from]; ++k) {
+        const int32_t t = geometry.knights[from][k];
+        if (side * pos.squares[t] <= mode) addMove(list, last, f, r, t / 8, t % 8, 0);
     }
 }
 
 static void sliderMoves(Side side, MoveList& list, int32_t& last, const Position& pos, int32_t f,
-                        int32_t r, int32_t mode, const int32_t (*steps)[2], int32_t count) {
-    for (int32_t dir = 0; dir < count; ++dir) {
-        const int32_t df = steps[dir][0];
-        const int32_t dr = steps[dir][1];
-        for (int32_t tf = f + df, tr = r + dr; onBoard(tf, tr); tf += df, tr += dr) {
-            const int32_t seen = side * pos.squares[squareIndex(tf, tr)];
-            if (seen <= mode) addMove(list, last, f, r, tf, tr, 0);
+                        int32_t r, int32_t mode, const int32_t* lines) {
+    const int32_t from = squareIndex(f, r);
+    for (int32_t i = 0; i < 4; ++i) {
+        const int32_t line = lines[i];
+        const int32_t step = geometry.step[line];
+        int32_t t = from;
+        for (int32_t k = geometry.length[from][line]; k > 0; --k) {
+            t += step;
+            const int32_t seen = side * pos.squares[t];
+            if (seen <= mode) addMove(list, last, f, r, t / 8, t % 8, 0);
             if (seen != 0) break;
         }
     }
@@ -133,14 +136,14 @@ int32_t generateMoves(Side side, MoveList& list, Position& pos, const PieceLists
             knightMoves(side, list, last, pos, f, r, mode);
             break;
         case bishop:
-            sliderMoves(side, list, last, pos, f, r, mode, bishopSteps, 4);
+            sliderMoves(side, list, last, pos, f, r, mode, bishopLines);
             break;
         case rook:
-            sliderMoves(side, list, last, pos, f, r, mode, rookSteps, 4);
+            sliderMoves(side, list, last, pos, f, r, mode, rookLines);
             break;
         case queen:
-            sliderMoves(side, list, last, pos, f, r, mode, bishopSteps, 4);
-            sliderMoves(side, list, last, pos, f, r, mode, rookSteps, 4);
+            sliderMoves(side, list, last, pos, f, r, mode, bishopLines);
+            sliderMoves(side, list, last, pos, f, r, mode, rookLines);
             break;
         case king:
             kingMoves(side, list, last, pos, f, r, mode);
