@@ -74,9 +74,34 @@ static bool usable(const Position& pos, uint64_t occupied, Side side, int32_t sq
 // line (a pawn only from next to the square and towards its own advance), the usable one of
 // the smallest kind, the first found among equal kinds. With the pin check on, none while the
 // own king is attacked.
+// Whether the king of `side` is attacked now, where safeSince is the count of changed squares
+// at which it was last found safe (-1: not known to be safe): since then only squares have
+// been emptied (the target holds a piece of the side's own whenever it is asked), so only the
+// lines from the king through those squares can have opened.
+static bool kingAttackedNow(const Position& pos, uint64_t occupied, Side side,
+                            const int32_t* changedSquare, int32_t changes, int32_t safeSince) {
+    const int32_t home = squareIndex(kingFile(pos, side), kingRank(pos, side));
+    if (safeSince < 0) return !squareSafe(pos, occupied, side, home);
+    for (int32_t k = safeSince; k < changes; ++k) {
+        const int32_t line = geometry.line[home][changedSquare[k]];
+        if (line < 0) continue;
+        const int32_t t = firstOnLine(occupied, home, line);
+        if (t < 0) continue;
+        const int32_t kind = -side * pos.squares[t];
+        if (kind == queen || kind == (isDiagonal(line) ? bishop : rook)) return true;
+    }
+    return false;
+}
+
+// Least valuable capturer of `side` on the target, the king excluded: among the knights, then
+// the first pieces of the diagonals, then of the straight lines that can capture along their
+// line (a pawn only from next to the square and towards its own advance), the usable one of
+// the smallest kind, the first found among equal kinds. With the pin check on, none while the
+// own king is attacked (safeSince as for kingAttackedNow; updated).
 static Capturer leastValuableCapturer(const Position& pos, uint64_t occupied, const Reach& reach,
                                       Side side, int32_t target, int32_t pinCheck,
-                                      int32_t kingAttacked) {
+                                      const int32_t* changedSquare, int32_t changes,
+                                      int32_t& safeSince) {
     Capturer candidates[16];
     int32_t count = 0;
     for (int32_t k = 0; k < reach.knightCount; ++k) {
@@ -94,11 +119,13 @@ static Capturer leastValuableCapturer(const Position& pos, uint64_t occupied, co
             candidates[count++] = {t, kind};
     }
     if (count == 0) return {-1, 0};
-    if (pinCheck &&
-        (kingAttacked >= 0 ? kingAttacked == 1
-                           : !squareSafe(pos, occupied, side,
-                                         squareIndex(kingFile(pos, side), kingRank(pos, side)))))
-        return {-1, 0};
+    if (pinCheck) {
+        if (kingAttackedNow(pos, occupied, side, changedSquare, changes, safeSince)) {
+            safeSince = -1;
+            return {-1, 0};
+        }
+        safeSince = changes;
+    }
     // The smallest kind first, in the order found; a candidate that may not leave its square
     // is passed over.
     for (;;) {
@@ -126,7 +153,7 @@ static Capturer kingCapturer(const Position& pos, uint64_t occupied, Side side, 
 }
 
 int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int32_t pinCheck,
-                       int32_t kingAttacked) {
+                       int32_t kingsSafe) {
     const int32_t target = squareIndex(file, rank);
     int32_t balances[maxExchangeSteps];
     int32_t changedSquare[maxExchangeSteps];
@@ -150,6 +177,11 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
     uint64_t occupied = occupancy(pos) | uint64_t{1} << target;
     Reach reach;
     findReach(pos, occupied, target, reach);
+    // For each side's king (Black 0, White 1): the count of changed squares at which it was
+    // last known safe, -1 when it is not known to be.
+    int32_t safeSince[2] = {-1, -1};
+    if (kingsSafe & sideKingSafe) safeSince[side > 0 ? 1 : 0] = changes;
+    if (kingsSafe & opponentKingSafe) safeSince[side > 0 ? 0 : 1] = changes;
     Side s = side;
     for (;;) {
         const int32_t now = side * balance;
@@ -164,9 +196,8 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
         }
         // A pawn of s on the square keeps lines through it closed and counts it as occupied.
         pos.squares[target] = s;
-        // What the caller knows of the king holds for the first capture only.
         Capturer capturer = leastValuableCapturer(pos, occupied, reach, s, target, pinCheck,
-                                                  captures == 0 ? kingAttacked : -1);
+                                                  changedSquare, changes, safeSince[s > 0 ? 1 : 0]);
         if (capturer.kind == 0) capturer = kingCapturer(pos, occupied, s, target);
         if (capturer.kind == 0) break;
 

@@ -140,7 +140,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
     PositionKey childKeys[maxMoves];
     for (int32_t i = 0; i <= lastIndex; ++i) {
         childKeys[i] = keyAfterMove(key, side, pos, moves.moves[order[i]]);
-        __builtin_prefetch(&upperBoundTable[hashIndex(childKeys[i])]);
+        prefetchEntry(upperBoundTable[hashIndex(childKeys[i])]);
     }
     Ordering result;
     for (int32_t i = 0; i <= lastIndex; ++i) {
@@ -218,18 +218,21 @@ int32_t childDepthLimit(int32_t depthLimit, const Material& before, const Materi
             const Threat dir = directThreat;
             const Threat second = secondThreat;
             if (disc.value != 0) {
-                t1 = side * staticExchange(side, pos, disc.file, disc.rank, 1);
+                t1 = side * staticExchange(side, pos, disc.file, disc.rank, 1,
+                                           sideKingSafe | opponentKingSafe);
             }
             if (dir.value != 0 && exchange == 0 &&
                 (dir.file != disc.file || dir.rank != disc.rank)) {
-                t2 = side * staticExchange(side, pos, dir.file, dir.rank, 1);
+                t2 = side * staticExchange(side, pos, dir.file, dir.rank, 1,
+                                           sideKingSafe | opponentKingSafe);
             }
             tMax = t1 > t2 ? t1 : t2;
             tMin = t1 > t2 ? t2 : t1;
             if ((second.value < 0 || (second.value > 0 && exchange == 0)) &&
                 (second.file != disc.file || second.rank != disc.rank) &&
                 (second.file != dir.file || second.rank != dir.rank)) {
-                const int32_t t3 = side * staticExchange(side, pos, second.file, second.rank, 1);
+                const int32_t t3 = side * staticExchange(side, pos, second.file, second.rank, 1,
+                                                         sideKingSafe | opponentKingSafe);
                 if (t3 > tMax) {
                     tMin = tMax;
                     tMax = t3;
@@ -281,8 +284,8 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     // 1. Bookkeeping, and the interruption poll every pollInterval nodes. The node's table
     //    slots are fetched meanwhile.
     const size_t slot = hashIndex(key);
-    __builtin_prefetch(&lowerBoundTable[slot]);
-    __builtin_prefetch(&upperBoundTable[slot]);
+    prefetchEntry(lowerBoundTable[slot]);
+    prefetchEntry(upperBoundTable[slot]);
     ++nodeCount;
     if (--pollCountdown == 0) {
         pollCountdown = pollInterval;
@@ -382,10 +385,11 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         bool pruned = false;
         int32_t v = 0;
         if (level < 2) {
-            // A king not in check after the move is safe for the series too, whose first step
-            // puts a piece of the opponent's own on the target square.
-            exchange =
-                side * staticExchange(-side, pos, m.toFile, m.toRank, 1, childCheck == 2 ? -1 : 0);
+            // The mover's king is safe after its legal move, the opponent's when the move gives
+            // no check.
+            exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
+                                             childCheck == 2 ? opponentKingSafe
+                                                             : sideKingSafe | opponentKingSafe);
             exchangeKnown = true;
             d = childDepthLimit(depthLimit, material, childMaterial, exchange, childCheck,
                                 moveThreat, side, m, mover, captures, pos);
@@ -428,7 +432,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
                 } else {
                     if (!exchangeKnown)
                         exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
-                                                         childCheck == 2 ? -1 : 0);
+                                                         sideKingSafe | opponentKingSafe);
                     e = side * evaluate(childMaterial, pos, lists, -side,
                                         side * (testBound - 2 * exchange)) +
                         exchange;
