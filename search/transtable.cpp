@@ -211,3 +211,11 @@ void walkPrincipalVariation(PositionKey key, Position& pos, PieceLists& lists, S
     text[at] = '.';
     text[at + 1] = '\0';
 }
+
+int32_t hashBitsFor(int64_t megabytes) {
+    const uint64_t bytes = static_cast<uint64_t>(megabytes) << 20;
+    int32_t bits = static_cast<int32_t>(minHashBits);
+    while (bits < maxHashBits && 2 * sizeof(HashEntry) * (uint64_t{1} << (bits + 1)) <= bytes)
+        ++bits;
+    return bits;
+}

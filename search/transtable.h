@@ -82,6 +82,10 @@ bool allocateHistoryTable();
 // Frees whatever the two allocations above obtained.
 void freeSearchTables();
 
+// log2 of the entries per table for `megabytes` of tables: the largest n with two tables of
+// 2^n entries (24 bytes each) within the megabytes.
+int32_t hashBitsFor(int64_t megabytes);
+
 // searchAge = 0, every entry of both tables empty (age 255), every history counter 0.
 void clearSearchTables();
 

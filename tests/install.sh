@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # An installation under a staging folder (DESTDIR) is complete and works from anywhere: both
-# programs, the book source and the built book, both manual pages; the installed kovrel-uci,
-# started from another folder, finds the installed book and plays its first move from it; the
-# manual pages render.
+# programs and the two analysis tools, the book source and the built book, the manual pages;
+# the installed kovrel-uci, started from another folder, finds the installed book and plays its
+# first move from it; the manual pages render.
 #   install.sh BUILD_DIR
 set -euo pipefail
 build=$(realpath "$1")
@@ -12,8 +12,9 @@ trap 'rm -rf "$stage" "$elsewhere"' EXIT
 DESTDIR=$stage cmake --install "$build" >/dev/null
 prefix=$(sed -n 's/^CMAKE_INSTALL_PREFIX:PATH=//p' "$build/CMakeCache.txt")
 root=$stage$prefix
-for file in games/kovrel games/kovrel-uci share/games/kovrel/openings.txt \
-    share/games/kovrel/openings.dat share/man/man6/kovrel.6 share/man/man6/kovrel-uci.6; do
+for file in games/kovrel games/kovrel-uci games/kovrel-epd games/kovrel-annotate \
+    share/games/kovrel/openings.txt share/games/kovrel/openings.dat share/man/man6/kovrel.6 \
+    share/man/man6/kovrel-uci.6 share/man/man6/kovrel-epd.6 share/man/man6/kovrel-annotate.6; do
     [[ -f $root/$file ]] || { echo "not installed: $file"; exit 1; }
 done
 
@@ -30,7 +31,7 @@ played=$(sed -n 's/^bestmove \([a-h][1-8][a-h][1-8]\).*/\1/p' <<<"$output")
 grep -qx "$played" <<<"$book_moves" || { echo "'$played' is no book move of: $book_moves"; exit 1; }
 
 # The manual pages render (with man when it is there, else with groff).
-for page in kovrel kovrel-uci; do
+for page in kovrel kovrel-uci kovrel-epd kovrel-annotate; do
     if command -v man >/dev/null; then
         text=$(man -l "$root/share/man/man6/$page.6" 2>/dev/null | col -b 2>/dev/null || true)
     else

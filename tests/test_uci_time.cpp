@@ -2,6 +2,7 @@
 // and uci/options.h.
 #include <gtest/gtest.h>
 
+#include "search/transtable.h"
 #include "uci/options.h"
 #include "uci/timeman.h"
 

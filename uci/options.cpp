@@ -108,14 +108,6 @@ void setHash(int64_t megabytes) {
 
 } // namespace
 
-int32_t hashBitsFor(int64_t megabytes) {
-    const uint64_t bytes = static_cast<uint64_t>(megabytes) << 20;
-    int32_t bits = static_cast<int32_t>(minHashBits);
-    while (bits < maxHashBits && 2 * sizeof(HashEntry) * (uint64_t{1} << (bits + 1)) <= bytes)
-        ++bits;
-    return bits;
-}
-
 void findDefaultBook() {
     const char* name = "/openings.dat";
     char exe[bookPathSize] = "";

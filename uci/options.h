@@ -30,10 +30,6 @@ struct UciSettings {
 };
 extern UciSettings uciSettings;
 
-// log2 of the entries per table for a Hash of `megabytes`: the largest n with two tables of
-// 2^n entries (24 bytes each) within the megabytes.
-int32_t hashBitsFor(int64_t megabytes);
-
 // Where the built book is looked for when BookFile is not set: the installed data folder, the
 // data folder of an installation around the executable (../share/games/kovrel), the folder of
 // the executable, the current folder. Writes the first that exists into bookFile (the current
