@@ -85,3 +85,50 @@ bool givesCheck(const Position& pos, Side side, const Move& m) {
     const int32_t line = geometry.line[target][squareIndex(m.fromFile, m.fromRank)];
     return line >= 0 && sliderOnLine(pos, -side, target, line);
 }
+
+uint64_t attackedSquares(const Position& pos, const PieceLists& lists, Side side,
+                         uint64_t occupied) {
+    const int32_t(*list)[2] = lists.slots[sideIndex(side)];
+    uint64_t attacked = 0;
+    for (int32_t slot = list[0][0]; slot >= 1; --slot) {
+        const int32_t f = list[slot][0];
+        if (f == -1) continue;
+        const int32_t r = list[slot][1];
+        const int32_t square = squareIndex(f, r);
+        const int32_t kind = side * pos.squares[square];
+        int32_t firstLine = 0;
+        int32_t endLine = 0;
+        switch (kind) {
+        case pawn:
+            if (r + side >= 0 && r + side <= 7) {
+                if (f > 0) attacked |= uint64_t{1} << squareIndex(f - 1, r + side);
+                if (f < 7) attacked |= uint64_t{1} << squareIndex(f + 1, r + side);
+            }
+            break;
+        case knight:
+            attacked |= geometry.knightMask[square];
+            break;
+        case king:
+            attacked |= geometry.kingMask[square];
+            break;
+        case bishop:
+            endLine = 4;
+            break;
+        case rook:
+            firstLine = 4;
+            endLine = 8;
+            break;
+        case queen:
+            endLine = 8;
+            break;
+        default:
+            break;
+        }
+        for (int32_t l = firstLine; l < endLine; ++l) {
+            const int32_t t = firstOnLine(occupied, square, l);
+            attacked |=
+                t < 0 ? geometry.ray[square][l] : geometry.ray[square][l] & ~geometry.ray[t][l];
+        }
+    }
+    return attacked;
+}

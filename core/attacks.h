@@ -31,8 +31,11 @@ constexpr bool isDiagonal(int32_t line) {
 //   step[l]         the change of the square index for one step along line l
 //   knights[a]      the squares a knight on a attacks, knightCount[a] of them
 //   ray[a][l]       the squares along line l from a, as a bit set over square indices
+//   knightMask[a], kingMask[a]   the squares a knight or a king on a attacks, as bit sets
 struct BoardGeometry {
     uint64_t ray[64][8];
+    uint64_t knightMask[64];
+    uint64_t kingMask[64];
     int8_t line[64][64];
     int8_t length[64][8];
     int8_t step[8];
@@ -58,11 +61,15 @@ constexpr BoardGeometry makeBoardGeometry() {
                 ++n;
             }
             g.length[a][l] = static_cast<int8_t>(n);
+            if (n > 0)
+                g.kingMask[a] |= uint64_t{1}
+                                 << squareIndex(f + lineSteps[l][0], r + lineSteps[l][1]);
         }
         for (const auto& s : knightSteps) {
-            if (onBoard(f + s[0], r + s[1]))
-                g.knights[a][g.knightCount[a]++] =
-                    static_cast<int8_t>(squareIndex(f + s[0], r + s[1]));
+            if (!onBoard(f + s[0], r + s[1])) continue;
+            const int32_t t = squareIndex(f + s[0], r + s[1]);
+            g.knights[a][g.knightCount[a]++] = static_cast<int8_t>(t);
+            g.knightMask[a] |= uint64_t{1} << t;
         }
     }
     return g;
@@ -123,6 +130,12 @@ inline bool kingSafeAfterMoveFrom(const Position& pos, Side side, int32_t from) 
     const int32_t line = geometry.line[home][from];
     return line < 0 || !sliderOnLine(pos, side, home, line);
 }
+
+// The squares the pieces of `side` attack, as a bit set over square indices; `occupied` must
+// agree with the squares. A pawn attacks its two forward diagonals, a slider every square of
+// its lines up to and including the first piece.
+uint64_t attackedSquares(const Position& pos, const PieceLists& lists, Side side,
+                         uint64_t occupied);
 
 // Whether move m of `side`, already made on the board, gives check. The move must be neither
 // castling nor en passant (the full test answers those), and the opponent's king was safe

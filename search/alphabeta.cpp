@@ -189,6 +189,24 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
 
 namespace {
 
+// Whether a piece of `attacker` may reach the target of move m, just made, given the squares
+// it attacked and the occupied squares before the move. Only the line through the square the
+// move left can have opened onto the target; en passant and castling, which change more
+// squares, always count as reachable.
+bool reachable(const Position& pos, const Move& m, bool special, uint64_t occupiedBefore,
+               uint64_t attacksBefore, Side attacker) {
+    const int32_t to = squareIndex(m.toFile, m.toRank);
+    if (special || (attacksBefore >> to & 1) != 0) return true;
+    const int32_t from = squareIndex(m.fromFile, m.fromRank);
+    const int32_t line = geometry.line[to][from];
+    if (line < 0) return false;
+    const uint64_t occupied = (occupiedBefore & ~(uint64_t{1} << from)) | uint64_t{1} << to;
+    const int32_t t = firstOnLine(occupied, to, line);
+    if (t < 0) return false;
+    const int32_t kind = attacker * pos.squares[t];
+    return kind == queen || kind == (isDiagonal(line) ? bishop : rook);
+}
+
 // The child's depth limit: extensions for recaptures, pawn pushes and checks; an extension or
 // reduction by what the move's threats and captures gain that the opponent cannot parry;
 // then the limits.
@@ -342,6 +360,12 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     Move bestMove = {0, 0, 0, 0, 0};
     const int32_t fiftyBefore = control.fiftyMoveCounter;
     int32_t inCheck = -1; // whether the side to move is in check: -1 until it is needed
+    // The squares the opponent attacks before the move and the occupied squares, worked out
+    // at the first exchange the node needs: a move to a square the opponent cannot reach
+    // afterwards starts no exchange.
+    bool attacksKnown = false;
+    uint64_t occupiedBefore = 0;
+    uint64_t opponentAttacks = 0;
     for (int32_t i = 0; i <= lastIndex && best < testBound && searchRunning; ++i) {
         if (i >= probe.frontMoves) {
             int32_t pick = i;
@@ -365,6 +389,11 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         const bool castles =
             mover == king && (m.toFile - m.fromFile == 2 || m.fromFile - m.toFile == 2);
         if (mover != king && inCheck < 0) inCheck = isSquareSafe(pos, side, -1, 0) ? 0 : 1;
+        if (!attacksKnown && !enPassant && !castles) {
+            occupiedBefore = occupancy(pos);
+            opponentAttacks = attackedSquares(pos, lists, -side, occupiedBefore);
+            attacksKnown = true;
+        }
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (mover != king &&
             !(inCheck == 0 && !enPassant
@@ -387,9 +416,12 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         if (level < 2) {
             // The mover's king is safe after its legal move, the opponent's when the move gives
             // no check.
-            exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
-                                             childCheck == 2 ? opponentKingSafe
-                                                             : sideKingSafe | opponentKingSafe);
+            exchange =
+                reachable(pos, m, enPassant || castles, occupiedBefore, opponentAttacks, -side)
+                    ? side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
+                                            childCheck == 2 ? opponentKingSafe
+                                                            : sideKingSafe | opponentKingSafe)
+                    : 0;
             exchangeKnown = true;
             d = childDepthLimit(depthLimit, material, childMaterial, exchange, childCheck,
                                 moveThreat, side, m, mover, captures, pos);
@@ -430,7 +462,8 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
                 if (distance < d + 8) {
                     e = side * evaluate(childMaterial, pos, lists, -side, side * testBound);
                 } else {
-                    if (!exchangeKnown)
+                    if (!exchangeKnown && reachable(pos, m, enPassant || castles, occupiedBefore,
+                                                    opponentAttacks, -side))
                         exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
                                                          sideKingSafe | opponentKingSafe);
                     e = side * evaluate(childMaterial, pos, lists, -side,

@@ -174,3 +174,26 @@ TEST(QuickAttackTests, AgreeWithTheFullTestOverWholeTrees) {
         EXPECT_GT(compareQuickTests(pos, lists, pos.sideToMove, 3), 1000) << fen;
     }
 }
+
+// The attack map agrees with the full test on every square, for both sides, in positions with
+// every kind of piece, pawns on both wings and kings in the open.
+TEST(QuickAttackTests, AttackMapAgreesWithTheFullTest) {
+    for (const char* fen : {
+             startFen,
+             "r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1",
+             "8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1",
+             "r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1",
+             "7k/P7/8/3Qq3/8/2n5/6pp/K7 b - - 0 1",
+         }) {
+        const Position pos = fromFen(fen);
+        PieceLists lists;
+        buildPieceLists(pos, lists);
+        for (Side side : {white, black}) {
+            const uint64_t map = attackedSquares(pos, lists, side, occupancy(pos));
+            for (int32_t sq = 0; sq < 64; ++sq) {
+                EXPECT_EQ((map >> sq & 1) != 0, isSquareSafe(pos, -side, sq / 8, sq % 8) == 0)
+                    << fen << " side " << side << " square " << sq;
+            }
+        }
+    }
+}
