@@ -63,6 +63,32 @@ Move tableMove(const HashEntry& e) {
     return Move{e.fromFile, e.fromRank, e.toFile, e.toRank, e.promotion};
 }
 
+// Fills in the node's attack sets (the position must be the node's own).
+void knowAttacks(NodeAttacks& attacks, const Position& pos, const PieceLists& lists, Side side) {
+    if (attacks.known) return;
+    attacks.occupied = occupancy(pos);
+    attacks.opponent = attackedSquares(pos, lists, -side, attacks.occupied);
+    attacks.known = true;
+}
+
+// Whether a piece of `attacker` may reach the target of move m, just made, given the squares
+// it attacked and the occupied squares before the move. Only the line through the square the
+// move left can have opened onto the target; en passant and castling, which change more
+// squares, always count as reachable.
+bool reachable(const Position& pos, const Move& m, bool special, const NodeAttacks& before,
+               Side attacker) {
+    const int32_t to = squareIndex(m.toFile, m.toRank);
+    if (special || (before.opponent >> to & 1) != 0) return true;
+    const int32_t from = squareIndex(m.fromFile, m.fromRank);
+    const int32_t line = geometry.line[to][from];
+    if (line < 0) return false;
+    const uint64_t occupied = (before.occupied & ~(uint64_t{1} << from)) | uint64_t{1} << to;
+    const int32_t t = firstOnLine(occupied, to, line);
+    if (t < 0) return false;
+    const int32_t kind = attacker * pos.squares[t];
+    return kind == queen || kind == (isDiagonal(line) ? bishop : rook);
+}
+
 // What the node keeps of the two table entries of its position.
 struct Probe {
     int32_t lower = -noValue;
@@ -133,7 +159,7 @@ int64_t captureOrderScore(const Position& pos, Side side, const Move& m) {
 Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
                     int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
                     const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
-                    Position& pos, PieceLists& lists) {
+                    NodeAttacks& attacks, Position& pos, PieceLists& lists) {
     // The children's upper-bound slots are fetched together, from keys worked out without
     // making the moves; a move is made only when its slot holds its child's key or its capture
     // needs the exchange on the board after it.
@@ -161,9 +187,13 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
         }
         PositionKey childKey = key;
         Material childMaterial = material;
+        const bool enPassant = victim > 0 && pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
+        if (behindFront && victim > 0) knowAttacks(attacks, pos, lists, side);
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (behindFront && victim > 0) {
-            const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
+            const int32_t exchange = reachable(pos, m, enPassant, attacks, -side)
+                                         ? side * staticExchange(-side, pos, m.toFile, m.toRank, 0)
+                                         : 0;
             terms += (2 * pieceValue[victim] + exchange) * int64_t{2048} - pieceValue[mover] * 32;
         }
         int64_t score = 0;
@@ -188,24 +218,6 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
 }
 
 namespace {
-
-// Whether a piece of `attacker` may reach the target of move m, just made, given the squares
-// it attacked and the occupied squares before the move. Only the line through the square the
-// move left can have opened onto the target; en passant and castling, which change more
-// squares, always count as reachable.
-bool reachable(const Position& pos, const Move& m, bool special, uint64_t occupiedBefore,
-               uint64_t attacksBefore, Side attacker) {
-    const int32_t to = squareIndex(m.toFile, m.toRank);
-    if (special || (attacksBefore >> to & 1) != 0) return true;
-    const int32_t from = squareIndex(m.fromFile, m.fromRank);
-    const int32_t line = geometry.line[to][from];
-    if (line < 0) return false;
-    const uint64_t occupied = (occupiedBefore & ~(uint64_t{1} << from)) | uint64_t{1} << to;
-    const int32_t t = firstOnLine(occupied, to, line);
-    if (t < 0) return false;
-    const int32_t kind = attacker * pos.squares[t];
-    return kind == queen || kind == (isDiagonal(line) ? bishop : rook);
-}
 
 // The child's depth limit: extensions for recaptures, pawn pushes and checks; an extension or
 // reduction by what the move's threats and captures gain that the opponent cannot parry;
@@ -334,13 +346,14 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     if (probe.cutoff) return probe.value;
 
     // 5. Order scores, with the enhanced transposition cut-off at levels 0 and 1.
+    NodeAttacks attacks;
     if (level == 2) {
         for (int32_t i = 0; i <= lastIndex; ++i)
             scores[i] = captureOrderScore(pos, side, moves.moves[order[i]]);
     } else if (testBound > -noValue) {
         const Ordering ordering =
             scoreMoves(key, material, testBound, distance, remaining, side, moves, lastIndex, order,
-                       probe.frontMoves, probe.upper, scores, pos, lists);
+                       probe.frontMoves, probe.upper, scores, attacks, pos, lists);
         if (ordering.cutoff) return ordering.value; // always above the bound
     } else {
         for (int32_t i = 0; i <= lastIndex; ++i)
@@ -363,9 +376,6 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     // The squares the opponent attacks before the move and the occupied squares, worked out
     // at the first exchange the node needs: a move to a square the opponent cannot reach
     // afterwards starts no exchange.
-    bool attacksKnown = false;
-    uint64_t occupiedBefore = 0;
-    uint64_t opponentAttacks = 0;
     for (int32_t i = 0; i <= lastIndex && best < testBound && searchRunning; ++i) {
         if (i >= probe.frontMoves) {
             int32_t pick = i;
@@ -389,11 +399,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         const bool castles =
             mover == king && (m.toFile - m.fromFile == 2 || m.fromFile - m.toFile == 2);
         if (mover != king && inCheck < 0) inCheck = isSquareSafe(pos, side, -1, 0) ? 0 : 1;
-        if (!attacksKnown && !enPassant && !castles) {
-            occupiedBefore = occupancy(pos);
-            opponentAttacks = attackedSquares(pos, lists, -side, occupiedBefore);
-            attacksKnown = true;
-        }
+        knowAttacks(attacks, pos, lists, side);
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (mover != king &&
             !(inCheck == 0 && !enPassant
@@ -417,7 +423,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
             // The mover's king is safe after its legal move, the opponent's when the move gives
             // no check.
             exchange =
-                reachable(pos, m, enPassant || castles, occupiedBefore, opponentAttacks, -side)
+                reachable(pos, m, enPassant || castles, attacks, -side)
                     ? side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
                                             childCheck == 2 ? opponentKingSafe
                                                             : sideKingSafe | opponentKingSafe)
@@ -462,8 +468,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
                 if (distance < d + 8) {
                     e = side * evaluate(childMaterial, pos, lists, -side, side * testBound);
                 } else {
-                    if (!exchangeKnown && reachable(pos, m, enPassant || castles, occupiedBefore,
-                                                    opponentAttacks, -side))
+                    if (!exchangeKnown && reachable(pos, m, enPassant || castles, attacks, -side))
                         exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
                                                          sideKingSafe | opponentKingSafe);
                     e = side * evaluate(childMaterial, pos, lists, -side,

@@ -37,6 +37,18 @@ void rewardHistory(uint32_t& counter, int32_t exponent);
 // valuable mover, and the promotion's gain.
 int64_t captureOrderScore(const Position& pos, Side side, const Move& m);
 
+// What the opponent of the side to move attacks in a node's position, worked out when the node
+// first needs it: a move's target that the opponent cannot reach after the move starts no
+// exchange.
+//   known      the two sets below are filled in
+//   occupied   the occupied squares of the node's position
+//   opponent   the squares the opponent attacks there
+struct NodeAttacks {
+    bool known = false;
+    uint64_t occupied = 0;
+    uint64_t opponent = 0;
+};
+
 // The outcome of scoring a node's moves.
 //   cutoff     a child's stored upper bound proves a move good enough: the node is answered
 //   value      then the node's value, bestIndex the move's index in the list
@@ -54,4 +66,4 @@ struct Ordering {
 Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
                     int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
                     const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
-                    Position& pos, PieceLists& lists);
+                    NodeAttacks& attacks, Position& pos, PieceLists& lists);

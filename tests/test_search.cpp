@@ -782,8 +782,9 @@ TEST_F(SearchLeafValues, EnPassantGetsTheOrderingsCaptureTerm) {
         if (sameMove(moves.moves[i], e5d6)) at = i;
     }
     ASSERT_GE(at, 0);
+    NodeAttacks attacks;
     const Ordering o = scoreMoves(board.key, board.material, 1, 8, 16, white, moves, last, identity,
-                                  0, noValue, scores, board.pos, board.lists);
+                                  0, noValue, scores, attacks, board.pos, board.lists);
     EXPECT_FALSE(o.cutoff);
     // Empty tables and history: (2 × 1000 + exchange 0) × 2048 − 1000 × 32.
     EXPECT_EQ(scores[at], 4064000);
