@@ -17,11 +17,6 @@
 
 namespace {
 
-// Keys kept when the history fills: a position more than 100 plies back can no longer repeat
-// before the fifty-move rule ends the game.
-constexpr int32_t keptKeys = 102;
-// The history is trimmed at this many keys, leaving room for the search's own line.
-constexpr int32_t trimAt = historyCapacity - 80;
 // Time limit of the driver and the poll when only a depth is asked for: none.
 constexpr int32_t noTimeLimit = -1000;
 // Full-width depth (eighths) that no search reaches: a timed search iterates until the clock
@@ -163,22 +158,7 @@ void startGameLine(GameLine& line, const Position& start, int32_t fifty) {
 }
 
 void playGameMove(GameLine& line, const Move& m) {
-    SearchControl& s = line.control;
-    const PieceCode victim = line.pos.squares[squareIndex(m.toFile, m.toRank)];
-    const PieceCode mover = line.pos.squares[squareIndex(m.fromFile, m.fromRank)];
-    s.fiftyMoveCounter = victim != 0 || mover == line.side * pawn // en passant is a pawn move
-                             ? 0
-                             : (s.fiftyMoveCounter < 10000 ? s.fiftyMoveCounter + 1 : 10000);
-    if (s.keyCount >= trimAt) {
-        std::memmove(s.keyHistory, s.keyHistory + s.keyCount - keptKeys + 1,
-                     keptKeys * sizeof s.keyHistory[0]);
-        s.keyCount = keptKeys - 1;
-    }
-    s.keyHistory[s.keyCount + 1] = s.keyHistory[s.keyCount];
-    ++s.keyCount;
-    int32_t capturedSlot = 0;
-    makeMove(s.keyHistory[s.keyCount], line.side, line.pos, line.lists, m.fromFile, m.fromRank,
-             m.toFile, m.toRank, m.promotion, line.material, capturedSlot);
+    recordGameMove(line.control, line.side, line.pos, line.lists, line.material, m);
     line.side = -line.side;
     line.pos.sideToMove = line.side;
 }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "core/position.h"
 #include "core/types.h"
 
 // Capacity of the key history: the game's positions since the last set-up, then the keys the
@@ -78,3 +79,10 @@ struct SearchControl {
     int32_t keyCount;
     int32_t fiftyMoveCounter;
 };
+
+// Plays a legal move of `side` on a game's position and records it in the search's record:
+// the new key joins the history and the fifty-move counter counts on (from 0 after a capture
+// or a pawn move, at most 10000). When the history fills, only its last keys are kept, enough
+// for every repetition that the fifty-move rule still allows.
+void recordGameMove(SearchControl& control, Side side, Position& pos, PieceLists& lists,
+                    Material& material, const Move& m);

@@ -38,12 +38,6 @@ struct UciGame {
     SearchControl search;
 };
 
-// Keys kept when the history fills: a position more than 100 plies back can no longer repeat
-// before the fifty-move rule ends the game.
-constexpr int32_t keptKeys = 102;
-// The history is trimmed at this many keys, leaving room for the search's own line.
-constexpr int32_t trimAt = historyCapacity - 80;
-
 UciGame game;
 UciGame scratch; // a position command is built here and taken only when all of it is good
 
@@ -142,22 +136,7 @@ int32_t findMove(const char* text, const MoveList& list, int32_t last) {
 
 // Plays a legal move on the record: key history, fifty-move counter, position, side.
 void playMove(UciGame& g, const Move& m) {
-    SearchControl& s = g.search;
-    const PieceCode victim = g.position.squares[squareIndex(m.toFile, m.toRank)];
-    const PieceCode mover = g.position.squares[squareIndex(m.fromFile, m.fromRank)];
-    s.fiftyMoveCounter = victim != 0 || mover == g.side * pawn // en passant is a pawn move
-                             ? 0
-                             : (s.fiftyMoveCounter < 10000 ? s.fiftyMoveCounter + 1 : 10000);
-    if (s.keyCount >= trimAt) {
-        std::memmove(s.keyHistory, s.keyHistory + s.keyCount - keptKeys + 1,
-                     keptKeys * sizeof s.keyHistory[0]);
-        s.keyCount = keptKeys - 1;
-    }
-    s.keyHistory[s.keyCount + 1] = s.keyHistory[s.keyCount];
-    ++s.keyCount;
-    int32_t capturedSlot = 0;
-    makeMove(s.keyHistory[s.keyCount], g.side, g.position, g.lists, m.fromFile, m.fromRank,
-             m.toFile, m.toRank, m.promotion, g.material, capturedSlot);
+    recordGameMove(g.search, g.side, g.position, g.lists, g.material, m);
     g.side = -g.side;
     g.position.sideToMove = g.side;
 }
