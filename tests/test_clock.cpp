@@ -10,7 +10,7 @@
 #include "search/settings.h"
 #include "ui/clock.h"
 #include "ui/interrupt.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 namespace {
 

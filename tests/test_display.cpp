@@ -6,7 +6,7 @@
 
 #include "core/keys.h"
 #include "ui/display.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "core/keys.h"
 #include "core/movegen.h"
 #include "ui/gameend.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "search/driver.h"
 #include "search/settings.h"
 #include "search/transtable.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 namespace {
 

@@ -25,7 +25,7 @@
 #include "search/threats.h"
 #include "search/transtable.h"
 #include "ui/gamestate.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "ui/display.h"
 #include "ui/gamefiles.h"
 #include "ui/input.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 #include "ui/setup.h"
 #include "ui/xboard.h"
 

@@ -9,7 +9,7 @@
 #include "core/textfile.h"
 #include "ui/display.h"
 #include "ui/input.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 #include "ui/setup.h"
 
 bool plainFileNamesOnly = false;

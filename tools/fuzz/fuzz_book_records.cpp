@@ -5,7 +5,7 @@
 #include "core/movegen.h"
 #include "fuzz_support.h"
 #include "search/book.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     setUpProgramOnce();

@@ -9,6 +9,7 @@
 #include "search/settings.h"
 #include "ui/input.h"
 #include "ui/loop.h"
+#include "ui/record.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     setUpProgramOnce();

@@ -8,7 +8,7 @@
 #include "core/movegen.h"
 #include "core/movetext.h"
 #include "fuzz_support.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     setUpProgramOnce();

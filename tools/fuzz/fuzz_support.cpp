@@ -11,7 +11,7 @@
 #include "search/transtable.h"
 #include "ui/auto232.h"
 #include "ui/gamefiles.h"
-#include "ui/loop.h"
+#include "ui/record.h"
 
 // Nodes a search may visit before the fuzzing poll stops it.
 constexpr int64_t fuzzNodeLimit = 3000;
