@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "analysis/san.h"
+#include "core/derive.h"
 #include "core/keys.h"
 #include "core/makemove.h"
 #include "core/movegen.h"

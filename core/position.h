@@ -82,8 +82,8 @@ struct Material {
     int32_t sum[2];
 };
 
-// Derived values of the last position given to derivePositionState (normally the search's root);
-// they stay fixed for a whole search. Written only by derivePositionState.
+// Derived values of the last position given to derivePositionState (core/derive; normally the
+// search's root); they stay fixed for a whole search. Written only by derivePositionState.
 extern int32_t materialBalance; // White's Material minus Black's
 extern int32_t gamePhase;       // 0 full material .. 5 little material left
 extern int32_t lazyMargin;      // gamePhase * 400 + 1200: the evaluation's lazy cut-off margin
@@ -97,18 +97,7 @@ void buildPieceLists(const Position& pos, PieceLists& lists);
 // Sums pieceValue over the live slots of both lists.
 void sumMaterial(const Position& pos, const PieceLists& lists, Material& material);
 
-// Computes key, lists and material from scratch and sets materialBalance, gamePhase and
-// lazyMargin. The position must hold at most 16 pieces a side and one king each.
-void derivePositionState(const Position& pos, PositionKey& key, PieceLists& lists,
-                         Material& material);
-
 // Too little material to mate: a bare king against a bare king or a king with a single knight
 // or bishop (material 15000 with three pawns plays on). The game's adjudication and the search's
 // draw test share it.
 bool noMatingMaterial(const Material& material, const PieceLists& lists);
-
-// Consistency of a position with its companions: king fields, live slots and slotOf agree with
-// the squares, material equals sumMaterial and the key equals computeKey. Used by the debug
-// checks of makeMove/unmakeMove and by tests.
-bool positionIsOk(const Position& pos, const PieceLists& lists, const Material& material,
-                  PositionKey key);

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "core/derive.h"
 #include "core/exchange.h"
 #include "core/makemove.h"
 #include "core/movegen.h"

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <string>
 
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/movegen.h"

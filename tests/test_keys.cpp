@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/makemove.h"

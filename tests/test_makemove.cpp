@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/makemove.h"

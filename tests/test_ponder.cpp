@@ -7,6 +7,7 @@
 #include <ctime>
 #include <string>
 
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/movegen.h"

@@ -11,6 +11,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/makemove.h"

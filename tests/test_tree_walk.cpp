@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "core/attacks.h"
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/makemove.h"

@@ -9,6 +9,7 @@
 #include <sys/resource.h>
 
 #include "bench_positions.h"
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/movegen.h"

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "bench_positions.h"
+#include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "eval/evaluate.h"

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/derive.h"
 #include "core/movetext.h"
 #include "eval/evaluate.h"
 #include "search/settings.h"

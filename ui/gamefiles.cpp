@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "core/attacks.h"
+#include "core/derive.h"
 #include "core/movegen.h"
 #include "core/movetext.h"
 #include "core/textfile.h"

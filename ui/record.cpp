@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/derive.h"
 #include "core/keys.h"
 #include "core/makemove.h"
 #include "core/version.h"

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "core/attacks.h"
+#include "core/derive.h"
 #include "core/makemove.h"
 #include "core/movegen.h"
 #include "ui/display.h"

@@ -3,6 +3,7 @@
 // legal moves cleanly.
 #include <cstdlib>
 
+#include "core/derive.h"
 #include "core/makemove.h"
 #include "core/movegen.h"
 #include "fuzz_support.h"

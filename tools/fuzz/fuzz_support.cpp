@@ -4,6 +4,7 @@
 #include <cstring>
 #include <unistd.h>
 
+#include "core/derive.h"
 #include "core/keys.h"
 #include "eval/evaluate.h"
 #include "eval/material.h"
