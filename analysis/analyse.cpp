@@ -150,20 +150,6 @@ void stopEngine() {
     freeSearchTables();
 }
 
-void startGameLine(GameLine& line, const Position& start, int32_t fifty) {
-    line.pos = start;
-    line.side = start.sideToMove;
-    line.control.keyCount = 0;
-    line.control.fiftyMoveCounter = fifty;
-    derivePositionState(line.pos, line.control.keyHistory[0], line.lists, line.material);
-}
-
-void playGameMove(GameLine& line, const Move& m) {
-    recordGameMove(line.control, line.side, line.pos, line.lists, line.material, m);
-    line.side = -line.side;
-    line.pos.sideToMove = line.side;
-}
-
 Analysis analysePosition(const GameLine& line, const SearchLimits& limits) {
     const int64_t start = milliseconds();
     Analysis a = {};

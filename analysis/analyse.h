@@ -23,20 +23,6 @@ struct SearchLimits {
     int32_t moveTime;
 };
 
-// A game's line up to the position being analysed, as the search needs it.
-//   pos, lists, material   the position and its companions
-//   side                   the side to move
-//   control                the search's record: the keys of the positions since the start (the
-//                          last 102 once the line is long: older ones can no longer repeat
-//                          before the fifty-move rule), the fifty-move counter, clock and poll
-struct GameLine {
-    Position pos;
-    PieceLists lists;
-    Material material;
-    Side side;
-    SearchControl control;
-};
-
 // What one analysis found.
 //   moves        legal moves in the position (0: mate or stalemate; only value is set then,
 //                to minus mate or 0)
@@ -63,12 +49,6 @@ void stopEngine();
 
 // Milliseconds since the program started.
 int64_t milliseconds();
-
-// Starts a line at `start` (its sideToMove is the side to move) with the fifty-move counter.
-void startGameLine(GameLine& line, const Position& start, int32_t fifty);
-
-// Plays a legal move on the line.
-void playGameMove(GameLine& line, const Move& m);
 
 // Searches the line's current position within the limits; the tables are kept (the caller
 // clears them where it wants a fresh start). A position with a single legal move is analysed

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "core/derive.h"
 #include "core/makemove.h"
 
 namespace {
@@ -14,12 +15,20 @@ constexpr int32_t trimAt = historyCapacity - 80;
 
 } // namespace
 
-void recordGameMove(SearchControl& control, Side side, Position& pos, PieceLists& lists,
-                    Material& material, const Move& m) {
-    const PieceCode victim = pos.squares[squareIndex(m.toFile, m.toRank)];
-    const PieceCode mover = pos.squares[squareIndex(m.fromFile, m.fromRank)];
+void startGameLine(GameLine& line, const Position& start, int32_t fifty) {
+    line.pos = start;
+    line.side = start.sideToMove;
+    line.control.keyCount = 0;
+    line.control.fiftyMoveCounter = fifty;
+    derivePositionState(line.pos, line.control.keyHistory[0], line.lists, line.material);
+}
+
+void playGameMove(GameLine& line, const Move& m) {
+    SearchControl& control = line.control;
+    const PieceCode victim = line.pos.squares[squareIndex(m.toFile, m.toRank)];
+    const PieceCode mover = line.pos.squares[squareIndex(m.fromFile, m.fromRank)];
     control.fiftyMoveCounter =
-        victim != 0 || mover == side * pawn // en passant is a pawn move
+        victim != 0 || mover == line.side * pawn // en passant is a pawn move
             ? 0
             : (control.fiftyMoveCounter < 10000 ? control.fiftyMoveCounter + 1 : 10000);
     if (control.keyCount >= trimAt) {
@@ -30,6 +39,8 @@ void recordGameMove(SearchControl& control, Side side, Position& pos, PieceLists
     control.keyHistory[control.keyCount + 1] = control.keyHistory[control.keyCount];
     ++control.keyCount;
     int32_t capturedSlot = 0;
-    makeMove(control.keyHistory[control.keyCount], side, pos, lists, m.fromFile, m.fromRank,
-             m.toFile, m.toRank, m.promotion, material, capturedSlot);
+    makeMove(control.keyHistory[control.keyCount], line.side, line.pos, line.lists, m.fromFile,
+             m.fromRank, m.toFile, m.toRank, m.promotion, line.material, capturedSlot);
+    line.side = -line.side;
+    line.pos.sideToMove = line.side;
 }

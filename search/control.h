@@ -80,9 +80,26 @@ struct SearchControl {
     int32_t fiftyMoveCounter;
 };
 
-// Plays a legal move of `side` on a game's position and records it in the search's record:
-// the new key joins the history and the fifty-move counter counts on (from 0 after a capture
-// or a pawn move, at most 10000). When the history fills, only its last keys are kept, enough
-// for every repetition that the fifty-move rule still allows.
-void recordGameMove(SearchControl& control, Side side, Position& pos, PieceLists& lists,
-                    Material& material, const Move& m);
+// A game as a front end keeps it for the search: the position the search starts from and the
+// record of the line that led there.
+//   pos, lists, material   the current position and its companions
+//   side                   the side to move
+//   control                the search's record: the keys of the positions since the start (the
+//                          last 102 once the line is long: older ones can no longer repeat
+//                          before the fifty-move rule), the fifty-move counter, clock and poll
+struct GameLine {
+    Position pos;
+    PieceLists lists;
+    Material material;
+    Side side;
+    SearchControl control;
+};
+
+// Starts a line at `start` (its sideToMove is the side to move) with the fifty-move counter:
+// its companions and first key, an empty history behind it.
+void startGameLine(GameLine& line, const Position& start, int32_t fifty);
+
+// Plays a legal move on the line: the new key joins the history (trimmed to its last keys when
+// it fills), the fifty-move counter counts on (from 0 after a capture or a pawn move, at most
+// 10000), and the other side is to move.
+void playGameMove(GameLine& line, const Move& m);

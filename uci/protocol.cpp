@@ -27,20 +27,8 @@
 namespace {
 
 // The game as the GUI last set it up.
-//   position, lists, material   the current position and its companions
-//   side                        the side to move
-//   search                      key history since the last set-up, fifty-move counter, and
-//                               the search's stop flag, clock and poll
-struct UciGame {
-    Position position;
-    PieceLists lists;
-    Material material;
-    Side side;
-    SearchControl search;
-};
-
-UciGame game;
-UciGame scratch; // a position command is built here and taken only when all of it is good
+GameLine game;
+GameLine scratch; // a position command is built here and taken only when all of it is good
 
 // What the running search was asked for, and what has happened to it since.
 //   plan          the time plan of the go command (applied at ponderhit when pondering)
@@ -135,22 +123,6 @@ int32_t findMove(const char* text, const MoveList& list, int32_t last) {
     return -1;
 }
 
-// Plays a legal move on the record: key history, fifty-move counter, position, side.
-void playMove(UciGame& g, const Move& m) {
-    recordGameMove(g.search, g.side, g.position, g.lists, g.material, m);
-    g.side = -g.side;
-    g.position.sideToMove = g.side;
-}
-
-// Makes `pos` the record's start: its companions, the first key, the fifty-move counter.
-void startFrom(UciGame& g, const Position& pos, int32_t fiftyMoveCounter) {
-    g.position = pos;
-    g.side = pos.sideToMove;
-    g.search.keyCount = 0;
-    g.search.fiftyMoveCounter = fiftyMoveCounter;
-    derivePositionState(g.position, g.search.keyHistory[0], g.lists, g.material);
-}
-
 // position startpos|fen <fen> [moves <move>...]: built on the scratch record, taken whole.
 void positionCommand(const char* text) {
     char word[16];
@@ -182,7 +154,7 @@ void positionCommand(const char* text) {
     } else {
         return sendLine("info string position: expected startpos or fen, not '%s'", word);
     }
-    startFrom(scratch, pos, fifty);
+    startGameLine(scratch, pos, fifty);
 
     p = nextWord(p, word, sizeof word);
     if (word[0] != '\0') {
@@ -194,23 +166,23 @@ void positionCommand(const char* text) {
             if (word[0] == '\0') break;
             ++ply;
             const int32_t last =
-                generateLegalMoves(scratch.side, legalMoves, scratch.position, allMoves);
+                generateLegalMoves(scratch.side, legalMoves, scratch.pos, allMoves);
             const int32_t found = findMove(word, legalMoves, last);
             if (found < 0)
                 return sendLine("info string position: illegal move %d '%s'; the position is "
                                 "unchanged",
                                 ply, word);
-            playMove(scratch, legalMoves.moves[found]);
+            playGameMove(scratch, legalMoves.moves[found]);
         }
     }
-    game.position = scratch.position;
+    game.pos = scratch.pos;
     game.lists = scratch.lists;
     game.material = scratch.material;
     game.side = scratch.side;
-    std::memcpy(game.search.keyHistory, scratch.search.keyHistory,
-                sizeof(PositionKey) * static_cast<size_t>(scratch.search.keyCount + 1));
-    game.search.keyCount = scratch.search.keyCount;
-    game.search.fiftyMoveCounter = scratch.search.fiftyMoveCounter;
+    std::memcpy(game.control.keyHistory, scratch.control.keyHistory,
+                sizeof(PositionKey) * static_cast<size_t>(scratch.control.keyCount + 1));
+    game.control.keyCount = scratch.control.keyCount;
+    game.control.fiftyMoveCounter = scratch.control.fiftyMoveCounter;
 }
 
 // A value for the info line: centipawns, or mate in moves (negative: being mated).
@@ -401,12 +373,12 @@ bool bookUsable() {
 
 // The reply the tables expect to the chosen move, for "bestmove X ponder Y".
 bool ponderMove(const Move& best, Move& reply) {
-    PositionKey key = game.search.keyHistory[game.search.keyCount];
+    PositionKey key = game.control.keyHistory[game.control.keyCount];
     Material material = game.material;
-    const MoveUndo undo = playOnBoard(key, game.side, game.position, game.lists, best, material);
+    const MoveUndo undo = playOnBoard(key, game.side, game.pos, game.lists, best, material);
     Move line[pvMoves];
-    const int32_t n = principalVariation(key, game.position, game.lists, -game.side, 8, 8, line);
-    takeBack(game.side, game.position, game.lists, best, undo);
+    const int32_t n = principalVariation(key, game.pos, game.lists, -game.side, 8, 8, line);
+    takeBack(game.side, game.pos, game.lists, best, undo);
     if (n > 0) reply = line[0];
     return n > 0;
 }
@@ -416,7 +388,7 @@ void goCommand(const char* text) {
     const char* p = text;
     char word[32];
     bool restricted = false;
-    int32_t last = generateLegalMoves(game.side, legalMoves, game.position, allMoves);
+    int32_t last = generateLegalMoves(game.side, legalMoves, game.pos, allMoves);
     int32_t rootLast = -1;
     for (;;) {
         p = nextWord(p, word, sizeof word);
@@ -476,7 +448,7 @@ void goCommand(const char* text) {
         restricted = false;
     }
 
-    SearchControl& control = game.search;
+    SearchControl& control = game.control;
     control.searchStartTime = control.now();
     running = RunningSearch{};
     running.goTime = control.searchStartTime;
@@ -512,7 +484,7 @@ void goCommand(const char* text) {
         control.StopFlag = 0;
         const int32_t earlyStop = go.ponder ? noTimeLimit : running.plan.earlyStopTime;
         const int32_t chosen =
-            runSearch(control, game.side, rootMoves, rootLast, game.position, 0, 0, earlyStop);
+            runSearch(control, game.side, rootMoves, rootLast, game.pos, 0, 0, earlyStop);
         best = rootMoves.moves[chosen];
         found = true;
     }
@@ -552,7 +524,7 @@ void newGame() {
     Position pos;
     setInitialPosition(pos);
     pos.sideToMove = white;
-    startFrom(game, pos, 0);
+    startGameLine(game, pos, 0);
 }
 
 } // namespace
@@ -569,11 +541,11 @@ int runUci() {
     }
     clearSearchTables();
     findDefaultBook();
-    game.search.pollFunction = pollUci;
-    game.search.now = milliseconds;
-    game.search.output = SearchOutput::report;
-    game.search.report = reportIteration;
-    game.search.bookMissingIsFatal = 0;
+    game.control.pollFunction = pollUci;
+    game.control.now = milliseconds;
+    game.control.output = SearchOutput::report;
+    game.control.report = reportIteration;
+    game.control.bookMissingIsFatal = 0;
     newGame();
 
     while (!running.quitting) {
