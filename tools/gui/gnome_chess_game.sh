@@ -43,17 +43,7 @@ export SEED=${SEED:-1}
 need_packages gnome-chess:gnome-chess Xvfb:xvfb xdotool:xdotool import:imagemagick \
     dbus-run-session:dbus-daemon gsettings:libglib2.0-bin stockfish:stockfish
 
-WORK=$(mktemp -d /tmp/gnome-chess-game.XXXXXX)
-GC_PID=
-cleanup() {
-    stop_group "$GC_PID"
-    [[ -n ${XVFB_PID:-} ]] && kill "$XVFB_PID" 2>/dev/null
-    rm -rf "$WORK"
-}
-trap cleanup EXIT
-
-KOVREL=$(copy_engine "$ENGINE" "$WORK/engine")
-log "engine copy: $KOVREL"
+open_scratch gnome-chess-game
 
 export HOME=$WORK/home
 export XDG_CONFIG_HOME=$WORK/config XDG_DATA_HOME=$WORK/data XDG_CACHE_HOME=$WORK/cache
@@ -87,7 +77,7 @@ start_xvfb 1280x1024
 # include every line written to and read from the engine.
 GCLOG=$WORK/gnome-chess.log
 G_MESSAGES_DEBUG=gnome-chess setsid dbus-run-session -- gnome-chess >"$GCLOG" 2>&1 &
-GC_PID=$!
+GUI_PID=$!
 wait_for 60 "GNOME Chess window" bash -c '[[ -n $(xdotool search --onlyvisible --name "to Move$" 2>/dev/null) ]]' \
     || die "GNOME Chess did not open its window"
 grep -q "Detected AI profile Kovrel" "$GCLOG" || die "GNOME Chess did not pick up the Kovrel engine (see $GCLOG)"
@@ -121,7 +111,7 @@ if [[ -n $WID ]]; then
             && cp "$WORK/pgn/kovrel-game.pgn" "$OUT/game.pgn"
     fi
 fi
-stop_group "$GC_PID"; GC_PID=
+stop_group "$GUI_PID"; GUI_PID=
 
 cp "$GCLOG" "$OUT/gnome-chess.log"
 cp "$XDG_CONFIG_HOME/gnome-chess/engines.conf" "$OUT/engines.conf"

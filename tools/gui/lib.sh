@@ -97,3 +97,18 @@ stop_group() {
     done
     kill -KILL -- "-$pid" 2>/dev/null || true
 }
+
+# open_scratch NAME -- a scratch folder $WORK for one run (removed at exit, with the GUI's
+# process group $GUI_PID and the X server), and $KOVREL, a copy of $ENGINE inside it.
+open_scratch() {
+    WORK=$(mktemp -d "/tmp/$1.XXXXXX")
+    GUI_PID=
+    trap close_scratch EXIT
+    KOVREL=$(copy_engine "$ENGINE" "$WORK/engine")
+    log "engine copy: $KOVREL"
+}
+close_scratch() {
+    stop_group "$GUI_PID"
+    [[ -n ${XVFB_PID:-} ]] && kill "$XVFB_PID" 2>/dev/null
+    rm -rf "$WORK"
+}

@@ -37,17 +37,7 @@ need_packages pychess:pychess Xvfb:xvfb xdotool:xdotool import:imagemagick \
     dbus-run-session:dbus-daemon
 [[ $OPPONENT == self ]] || need_packages stockfish:stockfish
 
-WORK=$(mktemp -d /tmp/pychess-game.XXXXXX)
-PY_PID=
-cleanup() {
-    stop_group "$PY_PID"
-    [[ -n ${XVFB_PID:-} ]] && kill "$XVFB_PID" 2>/dev/null
-    rm -rf "$WORK"
-}
-trap cleanup EXIT
-
-KOVREL=$(copy_engine "$ENGINE" "$WORK/engine")
-log "engine copy: $KOVREL"
+open_scratch pychess-game
 
 # PyChess keeps everything under $HOME (~/.config/pychess, ~/.local/share/pychess).
 export HOME=$WORK/home
@@ -90,7 +80,7 @@ write_base_config
 start_pychess() {
     setsid dbus-run-session -- pychess --no-version-check --log-debug \
         >>"$WORK/pychess.stdout" 2>&1 &
-    PY_PID=$!
+    GUI_PID=$!
     wait_for 60 "PyChess main window" bash -c '[[ -n $(xdotool search --onlyvisible --name " - PyChess$" 2>/dev/null) ]]' \
         || die "PyChess did not open its window"
 }
@@ -115,7 +105,7 @@ EOF
 wait_for 90 "engines.json with Kovrel discovered" discovered \
     || { cp "$CONF/engines.json" "$OUT/" 2>/dev/null; die "PyChess did not accept Kovrel (see $OUT/engines.json)"; }
 sleep 2
-stop_group "$PY_PID"; PY_PID=
+stop_group "$GUI_PID"; GUI_PID=
 cp "$CONF/engines.json" "$OUT/engines.json"
 
 # --- Choose the players.  The New Game dialog lists "Human Being" first and
@@ -187,7 +177,7 @@ screenshot "$OUT/3-end.png"
 xdotool mousemove $((WX + WW / 2)) $((WY + WH / 2)) key ctrl+w
 wait_for 20 "the saved PGN" test -s "$WORK/pgn/kovrel-game.pgn" || die "PyChess saved no PGN"
 sleep 1
-stop_group "$PY_PID"; PY_PID=
+stop_group "$GUI_PID"; GUI_PID=
 
 cp "$WORK/pgn/kovrel-game.pgn" "$OUT/game.pgn"
 cp "$(pylog)" "$OUT/pychess-debug.log"

@@ -29,16 +29,7 @@ THINK=${THINK:-5}
 
 need_packages scid:scid Xvfb:xvfb xdotool:xdotool import:imagemagick
 
-WORK=$(mktemp -d /tmp/scid-engine.XXXXXX)
-SCID_PID=
-cleanup() {
-    stop_group "$SCID_PID"
-    [[ -n ${XVFB_PID:-} ]] && kill "$XVFB_PID" 2>/dev/null
-    rm -rf "$WORK"
-}
-trap cleanup EXIT
-
-KOVREL=$(copy_engine "$ENGINE" "$WORK/engine")
+open_scratch scid-engine
 export HOME=$WORK/home
 # Scid keeps its files in ~/.scid<major.minor>, e.g. ~/.scid4.7.
 SCID_VER=$(dpkg-query -W -f '${Version}' scid | sed -E 's/^[0-9]+://; s/^([0-9]+\.[0-9]+).*/\1/')
@@ -78,7 +69,7 @@ show_analysis() {
 
 start_xvfb 1280x1024
 setsid scid >"$WORK/scid.out" 2>&1 &
-SCID_PID=$!
+GUI_PID=$!
 wait_for 60 "Scid main window" bash -c '[[ -n $(xdotool search --onlyvisible --name "^Scid - " 2>/dev/null) ]]' \
     || die "Scid did not open its window"
 sleep 3
@@ -115,7 +106,7 @@ wait_for 20 "bestmove after the last stop" bash -c "tail -n 5 '$ELOG' | grep -q 
     || log "no bestmove right after the last stop (see engine1.log)"
 show_analysis
 screenshot "$OUT/2-analysis-after-e4-stopped.png"
-stop_group "$SCID_PID"; SCID_PID=
+stop_group "$GUI_PID"; GUI_PID=
 
 cp "$ELOG" "$OUT/engine1.log"
 cp "$SCID_DIR/config/engines.dat" "$OUT/engines.dat"
