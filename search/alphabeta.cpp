@@ -394,8 +394,8 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
 
         PositionKey childKey = key;
         Material childMaterial = material;
-        const bool enPassant = mover == pawn && m.fromFile != m.toFile &&
-                               pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
+        // A capture onto an empty square is en passant.
+        const bool enPassant = captures && pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
         const bool castles =
             mover == king && (m.toFile - m.fromFile == 2 || m.fromFile - m.toFile == 2);
         if (mover != king && inCheck < 0) inCheck = isSquareSafe(pos, side, -1, 0) ? 0 : 1;
