@@ -409,6 +409,10 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
             control.fiftyMoveCounter = fiftyBefore;
             continue;
         }
+        // The child's table slots are fetched now, while its depth is worked out.
+        const size_t childSlot = hashIndex(childKey);
+        prefetchEntry(lowerBoundTable[childSlot]);
+        prefetchEntry(upperBoundTable[childSlot]);
         ThreatKind childCheck =
             (enPassant || castles ? !isSquareSafe(pos, -side, -1, 0) : givesCheck(pos, side, m))
                 ? 2
