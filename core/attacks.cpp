@@ -34,6 +34,34 @@ int32_t squareSafe(const Position& pos, uint64_t occupied, Side side, int32_t sq
     return 1;
 }
 
+uint64_t checkAnswerSquares(const Position& pos, Side side, uint64_t occupied) {
+    const int32_t home = squareIndex(kingFile(pos, side), kingRank(pos, side));
+    uint64_t answers = 0;
+    int32_t checkers = 0;
+    for (int32_t l = 0; l < 8; ++l) {
+        const int32_t t = firstOnLine(occupied, home, l);
+        if (t < 0) continue;
+        const int32_t kind = -side * pos.squares[t];
+        if (kind == queen || kind == (isDiagonal(l) ? bishop : rook)) {
+            answers |= geometry.ray[home][l] & ~geometry.ray[t][l];
+            ++checkers;
+        } else if (kind == pawn && t == home + geometry.step[l] && isDiagonal(l) &&
+                   lineSteps[l][1] == side) {
+            answers |= uint64_t{1} << t;
+            ++checkers;
+        }
+    }
+    const PieceCode enemyKnight = -side * knight;
+    for (int32_t k = 0; k < geometry.knightCount[home]; ++k) {
+        const int32_t t = geometry.knights[home][k];
+        if (pos.squares[t] == enemyKnight) {
+            answers |= uint64_t{1} << t;
+            ++checkers;
+        }
+    }
+    return checkers == 1 ? answers : 0;
+}
+
 int32_t sliderOnLine(const Position& pos, Side side, int32_t from, int32_t line) {
     const int32_t step = geometry.step[line];
     const int32_t slider = isDiagonal(line) ? bishop : rook;

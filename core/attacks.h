@@ -131,6 +131,12 @@ inline bool kingSafeAfterMoveFrom(const Position& pos, Side side, int32_t from) 
     return line < 0 || !sliderOnLine(pos, side, home, line);
 }
 
+// For the king of `side` in check: the squares a move of one of its other pieces must reach to
+// answer the check, the checking piece's square and, when it is a slider, the squares between
+// it and the king; none when two pieces give check. A move that reaches one may still be
+// illegal (a pinned piece, en passant); one that reaches none never answers the check.
+uint64_t checkAnswerSquares(const Position& pos, Side side, uint64_t occupied);
+
 // The squares the pieces of `side` attack, as a bit set over square indices; `occupied` must
 // agree with the squares. A pawn attacks its two forward diagonals, a slider every square of
 // its lines up to and including the first piece.

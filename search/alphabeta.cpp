@@ -372,7 +372,8 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     int32_t best = -noValue;
     Move bestMove = {0, 0, 0, 0, 0};
     const int32_t fiftyBefore = control.fiftyMoveCounter;
-    int32_t inCheck = -1; // whether the side to move is in check: -1 until it is needed
+    int32_t inCheck = -1;      // whether the side to move is in check: -1 until it is needed
+    uint64_t checkAnswers = 0; // in check: the squares where a move can answer it
     // The squares the opponent attacks before the move and the occupied squares, worked out
     // at the first exchange the node needs: a move to a square the opponent cannot reach
     // afterwards starts no exchange.
@@ -398,7 +399,17 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         const bool enPassant = captures && pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
         const bool castles =
             mover == king && (m.toFile - m.fromFile == 2 || m.fromFile - m.toFile == 2);
-        if (mover != king && inCheck < 0) inCheck = isSquareSafe(pos, side, -1, 0) ? 0 : 1;
+        if (mover != king && inCheck < 0) {
+            inCheck = isSquareSafe(pos, side, -1, 0) ? 0 : 1;
+            if (inCheck == 1) checkAnswers = checkAnswerSquares(pos, side, occupancy(pos));
+        }
+        // In check, a move of another piece that neither takes the checker nor blocks its line
+        // is illegal without being tried.
+        if (inCheck == 1 && mover != king && !enPassant &&
+            (checkAnswers >> squareIndex(m.toFile, m.toRank) & 1) == 0) {
+            control.fiftyMoveCounter = fiftyBefore;
+            continue;
+        }
         knowAttacks(attacks, pos, lists, side);
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (mover != king &&
