@@ -543,7 +543,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     }
 
     // 14. Store the bound.
-    HashEntry* table = best > testBound ? lowerBoundTable : upperBoundTable;
+    const BoundTable& table = best > testBound ? lowerBoundTable : upperBoundTable;
     storeBound(table, slot, key, best, distance, remaining, level, bestMove, pos);
     return best;
 }

@@ -1,5 +1,6 @@
 #include "search/transtable.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #if defined(__linux__)
@@ -12,8 +13,8 @@
 #include "core/movetext.h"
 
 int32_t hashBits = 18;
-HashEntry* lowerBoundTable = nullptr;
-HashEntry* upperBoundTable = nullptr;
+BoundTable lowerBoundTable;
+BoundTable upperBoundTable;
 uint32_t* historyTable = nullptr;
 uint8_t searchAge = 0;
 
@@ -26,6 +27,7 @@ static size_t tableEntries() {
 // system is asked for large pages where it has them; elsewhere they are plain blocks.
 static HashEntry* allocateTable(size_t bytes) {
     constexpr size_t largePage = size_t{1} << 21;
+    if (bytes > SIZE_MAX - largePage) return nullptr;
     const size_t rounded = (bytes + largePage - 1) / largePage * largePage;
     void* table = std::aligned_alloc(largePage, rounded);
 #if defined(__linux__) && defined(MADV_HUGEPAGE)
@@ -36,15 +38,13 @@ static HashEntry* allocateTable(size_t bytes) {
 
 bool allocateTranspositionTables() {
     if (hashBits < minHashBits || hashBits > maxHashBits) return false;
-    const size_t bytes = sizeof(HashEntry) * tableEntries();
-    lowerBoundTable = allocateTable(bytes);
-    upperBoundTable = allocateTable(bytes);
-    if (lowerBoundTable != nullptr && upperBoundTable != nullptr) return true;
-    std::free(lowerBoundTable);
-    std::free(upperBoundTable);
-    lowerBoundTable = nullptr;
-    upperBoundTable = nullptr;
-    return false;
+    // Beyond what an address can count, the allocation fails as a too large one would.
+    if (tableEntries() > SIZE_MAX / (2 * sizeof(HashEntry))) return false;
+    HashEntry* both = allocateTable(2 * sizeof(HashEntry) * tableEntries());
+    if (both == nullptr) return false;
+    lowerBoundTable.entries = both;
+    upperBoundTable.entries = both + 1;
+    return true;
 }
 
 bool allocateHistoryTable() {
@@ -53,11 +53,10 @@ bool allocateHistoryTable() {
 }
 
 void freeSearchTables() {
-    std::free(lowerBoundTable);
-    std::free(upperBoundTable);
+    std::free(lowerBoundTable.entries);
     std::free(historyTable);
-    lowerBoundTable = nullptr;
-    upperBoundTable = nullptr;
+    lowerBoundTable.entries = nullptr;
+    upperBoundTable.entries = nullptr;
     historyTable = nullptr;
 }
 
@@ -120,17 +119,18 @@ bool usableEntry(const HashEntry& entry, PositionKey key, Position& pos, Side si
            0;
 }
 
-void invalidateEntry(HashEntry* table, size_t slot) {
+void invalidateEntry(const BoundTable& table, size_t slot) {
     HashEntry& e = table[slot];
     e.depthLeft = emptyDepthLeft;
     e.storePly = emptyStorePly;
     e.age = static_cast<uint8_t>(searchAge - 1);
 }
 
-void storeBound(HashEntry* table, size_t slot, PositionKey key, int32_t result, int32_t distance,
-                int32_t remaining, int32_t quiescenceLevel, const Move& best, const Position& pos) {
+void storeBound(const BoundTable& table, size_t slot, PositionKey key, int32_t result,
+                int32_t distance, int32_t remaining, int32_t quiescenceLevel, const Move& best,
+                const Position& pos) {
     HashEntry& e = table[slot];
-    const bool lowerTable = table == lowerBoundTable;
+    const bool lowerTable = table.entries == lowerBoundTable.entries;
     const int32_t stored = toTableValue(result, distance);
     const bool isProtected = e.age == searchAge || (quiescenceLevel == 2 && e.depthLeft >= 0);
     if (isProtected) {
@@ -157,7 +157,7 @@ void storeBound(HashEntry* table, size_t slot, PositionKey key, int32_t result, 
     // The fresh bound wins over a contradicting one of the same position in the other table.
     const HashEntry& lower = lowerBoundTable[slot];
     const HashEntry& upper = upperBoundTable[slot];
-    HashEntry* other = lowerTable ? upperBoundTable : lowerBoundTable;
+    const BoundTable& other = lowerTable ? upperBoundTable : lowerBoundTable;
     if (lower.value > upper.value && entryKey(other[slot]) == key) invalidateEntry(other, slot);
 }
 

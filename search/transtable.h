@@ -66,11 +66,20 @@ constexpr int64_t maxHashBits = 59;
 // fromFile) * 6 + kind - 1) * 2 + (1 for White, 0 for Black).
 constexpr size_t historySize = 8 * 8 * 8 * 8 * 6 * 2;
 
-extern int32_t hashBits;           // log2 of the entries per table; set by -hash at start-up
-extern HashEntry* lowerBoundTable; // 2^hashBits entries, allocated at start-up, freed at exit
-extern HashEntry* upperBoundTable; // same size; the same slot holds the same key's other bound
-extern uint32_t* historyTable;     // historySize counters, allocated at start-up
-extern uint8_t searchAge;          // raised by every search; 0 after clearSearchTables
+extern int32_t hashBits; // log2 of the entries per table; set by -hash at start-up
+// One of the two tables: 2^hashBits entries, allocated at start-up, freed at exit. The same
+// slot of both holds the same key's two bounds, and the two tables are interleaved in memory:
+// slot i of the lower-bound table lies right beside slot i of the upper-bound table, so that a
+// node reads its two entries from one or two neighbouring cache lines.
+struct BoundTable {
+    HashEntry* entries = nullptr; // this table's slot 0; its slots follow two entries apart
+    HashEntry& operator[](size_t slot) const { return entries[2 * slot]; }
+};
+
+extern BoundTable lowerBoundTable;
+extern BoundTable upperBoundTable;
+extern uint32_t* historyTable; // historySize counters, allocated at start-up
+extern uint8_t searchAge;      // raised by every search; 0 after clearSearchTables
 
 // Allocates both tables with 2^hashBits entries each. Returns false when hashBits is out of
 // range or an allocation fails (nothing stays allocated then).
@@ -112,11 +121,12 @@ bool usableEntry(const HashEntry& entry, PositionKey key, Position& pos, Side si
 // by this search, or any non-negative depth against a deep quiescence node) and better: nearer
 // the root, deeper, or as deep with as tight a bound. Then an older entry of the other table
 // that contradicts the new bound for the same key is invalidated.
-void storeBound(HashEntry* table, size_t slot, PositionKey key, int32_t result, int32_t distance,
-                int32_t remaining, int32_t quiescenceLevel, const Move& best, const Position& pos);
+void storeBound(const BoundTable& table, size_t slot, PositionKey key, int32_t result,
+                int32_t distance, int32_t remaining, int32_t quiescenceLevel, const Move& best,
+                const Position& pos);
 
 // Makes an entry useless as a bound and unprotected; its key and move stay.
-void invalidateEntry(HashEntry* table, size_t slot);
+void invalidateEntry(const BoundTable& table, size_t slot);
 
 // Longest principal variation a walk gives: one move per ply of distance up to 248.
 constexpr int32_t pvMoves = 32;

@@ -236,7 +236,7 @@ TEST_F(SearchTables, ClearedTablesHoldOnlyEmptyUnprotectedEntries) {
     EXPECT_EQ(searchAge, 0);
     const size_t entries = size_t{1} << hashBits;
     for (size_t i = 0; i < entries; ++i) {
-        for (const HashEntry* table : {lowerBoundTable, upperBoundTable}) {
+        for (const BoundTable& table : {lowerBoundTable, upperBoundTable}) {
             const HashEntry& e = table[i];
             ASSERT_EQ(e.age, 255) << i; // searchAge - 1 as a byte
             ASSERT_EQ(e.movedPiece, 100) << i;
