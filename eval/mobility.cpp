@@ -62,20 +62,26 @@ bool safeMove(const EvalWork& w, const Position& pos, Side side, int32_t value, 
 }
 
 // Safe moves of a slider along one direction, up to and including the first occupied square;
-// `behind` is the line the other way.
+// `behind` is the line the other way. On an empty square the piece risks its whole value, so a
+// slider behind it worth less makes every empty square unsafe, and otherwise an empty square is
+// safe where the side holds it in majority (one more with the slider behind) and no enemy
+// attacker is cheaper than the piece.
 int32_t safeMovesAlong(const EvalWork& w, const Position& pos, Side side, int32_t value,
                        int32_t square, int32_t line, int32_t behindLine) {
     const int32_t behind = sliderBehind(w, pos, side, square, behindLine);
     const int32_t step = geometry.step[line];
+    const int32_t first = firstOnLine(w.occupied, square, line);
+    const int32_t end = first >= 0 ? first : square + step * (geometry.length[square][line] + 1);
     int32_t count = 0;
-    int32_t t = square;
-    for (int32_t k = geometry.length[square][line]; k > 0; --k) {
-        t += step;
-        const int32_t seen = side * pos.squares[t];
-        if (seen > 0) break;
-        if (safeMove(w, pos, side, value, t, behind)) ++count;
-        if (seen < 0) break;
+    if (behind < 0 || behind >= value) {
+        const int32_t held = behind >= 0 ? 1 : 0; // the balance must exceed this
+        const int32_t enemy = sideIndex(-side);
+        for (int32_t t = square + step; t != end; t += step) {
+            if (side * w.attackBalance[t] > held && value <= w.leastAttacker[t][enemy]) ++count;
+        }
     }
+    if (first >= 0 && side * pos.squares[first] < 0 && safeMove(w, pos, side, value, first, behind))
+        ++count;
     return count;
 }
 

@@ -205,9 +205,21 @@ void knightPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f
     w.piecesPresent = 1;
 }
 
+// A slider's attack on a square of its ray before the ray's first blocker: it counts in the
+// balance, and as a direct attacker only before any piece stands between (no halving yet).
+inline void attackAlongRay(EvalWork& w, const Piece& p, int32_t t, int32_t halvings) {
+    w.attackBalance[t] += p.side;
+    if (halvings == 0) {
+        int32_t& least = w.leastAttacker[t][p.colour];
+        if (p.value < least) least = p.value;
+    }
+}
+
 // One ray of a bishop, rook or queen. It ends at its second blocker; battery pieces (a bishop or
 // queen right in front on a diagonal, rooks and queens in an unbroken row on a line) do not
 // block. Each occupied square after the first is scored at half the weight of the one before.
+// The walk jumps from piece to piece along the ray; the empty squares between only take the
+// attack while nothing blocks yet.
 void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t line, bool diagonal,
                TwoLargest& attacked) {
     int32_t halvings = 0; // each occupied square after the first counts half the one before
@@ -215,19 +227,28 @@ void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t line, b
     int32_t firstEnemyValue = 0;
     int32_t firstEnemySquare = -1;
     const int32_t step = geometry.step[line];
-    const int32_t length = geometry.length[p.square][line];
+    uint64_t pieces = w.occupied & geometry.ray[p.square][line];
     int32_t t = p.square;
-    for (int32_t k = 1; k <= length && blockers < 2; ++k) {
-        t += step;
-        if (blockers == 0) {
-            w.attackBalance[t] += p.side;
-            if (halvings == 0) {
-                int32_t& least = w.leastAttacker[t][p.colour];
-                if (p.value < least) least = p.value;
+    while (blockers < 2) {
+        if (pieces == 0) {
+            // Nothing further along: while nothing blocks, the piece attacks up to the edge.
+            if (blockers == 0) {
+                for (int32_t k = geometry.length[t][line]; k > 0; --k) {
+                    t += step;
+                    attackAlongRay(w, p, t, halvings);
+                }
             }
+            break;
         }
+        const int32_t next = step > 0 ? __builtin_ctzll(pieces) : 63 - __builtin_clzll(pieces);
+        pieces &= ~(uint64_t{1} << next);
+        if (blockers == 0) {
+            for (int32_t u = t + step; u != next; u += step)
+                attackAlongRay(w, p, u, halvings);
+            attackAlongRay(w, p, next, halvings);
+        }
+        t = next;
         const int32_t seen = p.side * pos.squares[t];
-        if (seen == 0) continue;
         w.squareValue[p.square] += bonusHalved(pos, p, t, halvings);
         if (seen < 0) {
             const int32_t enemyValue = pieceValue[-seen];
@@ -251,7 +272,8 @@ void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t line, b
                 w.squareValue[p.square] += diagonalBatteryBonus;
             } else {
                 // The slider backs up the capture of an own pawn that stands in its way.
-                if (blockers == 0 && seen == pawn && lineSteps[line][1] == p.side && k < length)
+                if (blockers == 0 && seen == pawn && lineSteps[line][1] == p.side &&
+                    geometry.length[t][line] > 0)
                     w.attackBalance[t + step] += p.side;
                 ++blockers;
             }
