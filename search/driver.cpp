@@ -194,8 +194,12 @@ void rescaleHistory() {
         for (size_t i = colour; i < historySize; i += 2) {
             if (historyTable[i] > greatest) greatest = historyTable[i];
         }
-        for (size_t i = colour; i < historySize; i += 2)
-            historyTable[i] = static_cast<uint32_t>(historyTable[i] * uint64_t{1024} / greatest);
+        // Most counters are 0 and stay 0; the division is skipped for them.
+        for (size_t i = colour; i < historySize; i += 2) {
+            if (historyTable[i] != 0)
+                historyTable[i] =
+                    static_cast<uint32_t>(historyTable[i] * uint64_t{1024} / greatest);
+        }
     }
 }
 
