@@ -156,13 +156,23 @@ int64_t captureOrderScore(const Position& pos, Side side, const Move& m) {
     return score;
 }
 
+int64_t exchangeTerm(PositionKey key, const Material& material, Side side, const Move& m,
+                     Position& pos, PieceLists& lists) {
+    Material childMaterial = material;
+    const MoveUndo undo = playOnBoard(key, side, pos, lists, m, childMaterial);
+    const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
+    takeBack(side, pos, lists, m, undo);
+    return exchange * int64_t{2048};
+}
+
 Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
                     int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
                     const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
-                    NodeAttacks& attacks, Position& pos, PieceLists& lists) {
+                    bool* pending, NodeAttacks& attacks, Position& pos, PieceLists& lists) {
     // The children's upper-bound slots are fetched together, from keys worked out without
-    // making the moves; a move is made only when its slot holds its child's key or its capture
-    // needs the exchange on the board after it.
+    // making the moves; a move is made only when its slot holds its child's key. A capture
+    // whose target the opponent can reach is scored as if the opponent won nothing back there,
+    // and marked pending: its exchange is worked out only if that score comes up for choice.
     PositionKey childKeys[maxMoves];
     for (int32_t i = 0; i <= lastIndex; ++i) {
         childKeys[i] = keyAfterMove(key, side, pos, moves.moves[order[i]]);
@@ -181,21 +191,26 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
             terms += historyTable[historyIndex(m, mover, side)];
             if (m.promotion != 0) terms += (pieceValue[m.promotion] - 1000) * int64_t{4096};
         }
-        if (!stored && !(behindFront && victim > 0)) {
+        pending[i] = false;
+        bool exchangeDue = false;
+        if (behindFront && victim > 0) {
+            // The line a capture opens through its from-square and the pieces on it are the
+            // same before and after the move, so the reach is known before it is made.
+            const bool enPassant = pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
+            knowAttacks(attacks, pos, lists, side);
+            exchangeDue = reachable(pos, m, enPassant, attacks, -side);
+            terms += 2 * pieceValue[victim] * int64_t{2048} - pieceValue[mover] * 32;
+        }
+        if (!stored) {
             scores[i] = terms;
+            pending[i] = exchangeDue;
             continue;
         }
         PositionKey childKey = key;
         Material childMaterial = material;
-        const bool enPassant = victim > 0 && pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
-        if (behindFront && victim > 0) knowAttacks(attacks, pos, lists, side);
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
-        if (behindFront && victim > 0) {
-            const int32_t exchange = reachable(pos, m, enPassant, attacks, -side)
-                                         ? side * staticExchange(-side, pos, m.toFile, m.toRank, 0)
-                                         : 0;
-            terms += (2 * pieceValue[victim] + exchange) * int64_t{2048} - pieceValue[mover] * 32;
-        }
+        if (exchangeDue)
+            terms += side * staticExchange(-side, pos, m.toFile, m.toRank, 0) * int64_t{2048};
         int64_t score = 0;
         if (stored && usableEntry(entry, childKey, pos, -side)) {
             const int32_t v = -fromTableValue(entry.value, distance + 8);
@@ -339,6 +354,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     // 4. Probe both tables; their moves go first.
     int32_t order[maxMoves];
     int64_t scores[maxMoves];
+    bool pending[maxMoves]; // a capture's score without its exchange, an upper bound
     for (int32_t i = 0; i <= lastIndex; ++i)
         order[i] = i;
     const Probe probe =
@@ -348,16 +364,20 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     // 5. Order scores, with the enhanced transposition cut-off at levels 0 and 1.
     NodeAttacks attacks;
     if (level == 2) {
-        for (int32_t i = 0; i <= lastIndex; ++i)
+        for (int32_t i = 0; i <= lastIndex; ++i) {
             scores[i] = captureOrderScore(pos, side, moves.moves[order[i]]);
+            pending[i] = false;
+        }
     } else if (testBound > -noValue) {
         const Ordering ordering =
             scoreMoves(key, material, testBound, distance, remaining, side, moves, lastIndex, order,
-                       probe.frontMoves, probe.upper, scores, attacks, pos, lists);
+                       probe.frontMoves, probe.upper, scores, pending, attacks, pos, lists);
         if (ordering.cutoff) return ordering.value; // always above the bound
     } else {
-        for (int32_t i = 0; i <= lastIndex; ++i)
+        for (int32_t i = 0; i <= lastIndex; ++i) {
             scores[i] = 0;
+            pending[i] = false;
+        }
     }
 
     // 6. Static value of the node.
@@ -379,14 +399,27 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     // afterwards starts no exchange.
     for (int32_t i = 0; i <= lastIndex && best < testBound && searchRunning; ++i) {
         if (i >= probe.frontMoves) {
-            int32_t pick = i;
-            for (int32_t j = i + 1; j <= lastIndex; ++j) {
-                if (scores[j] > scores[pick]) pick = j;
+            // The first of the best scores; a pending capture that comes up gets its exchange
+            // and the choice is made again. Its exact score is no higher, and every score before
+            // it was lower than its bound, so the choice is the one the exact scores give.
+            int32_t pick;
+            for (;;) {
+                pick = i;
+                for (int32_t j = i + 1; j <= lastIndex; ++j) {
+                    if (scores[j] > scores[pick]) pick = j;
+                }
+                if (!pending[pick]) break;
+                scores[pick] +=
+                    exchangeTerm(key, material, side, moves.moves[order[pick]], pos, lists);
+                pending[pick] = false;
             }
             swapOrder(order, i, pick);
             const int64_t s = scores[i];
             scores[i] = scores[pick];
             scores[pick] = s;
+            const bool p = pending[i];
+            pending[i] = pending[pick];
+            pending[pick] = p;
         }
         const Move m = moves.moves[order[i]];
         const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];

@@ -61,9 +61,17 @@ struct Ordering {
 // Scores the moves moves[order[0..lastIndex]] into scores[0..lastIndex] for the lazy selection
 // sort of a node at levels 0 and 1: a move whose child holds an upper-bound entry is scored by
 // it (an entry that proves the move good enough answers the node at once); behind the
-// frontMoves table moves, history, promotion and capture terms are added. Leaves the position
-// and the lists as it found them.
+// frontMoves table moves, history, promotion and capture terms are added. A capture whose
+// child holds no entry and whose target the opponent can reach is scored without the
+// exchange term and pending[i] set: exchangeTerm completes it when the selection needs it.
+// Leaves the position and the lists as it found them.
 Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
                     int32_t remaining, Side side, const MoveList& moves, int32_t lastIndex,
                     const int32_t* order, int32_t frontMoves, int32_t upper, int64_t* scores,
-                    NodeAttacks& attacks, Position& pos, PieceLists& lists);
+                    bool* pending, NodeAttacks& attacks, Position& pos, PieceLists& lists);
+
+// The exchange term of a capture's order score (pending in scoreMoves): the exchange the
+// opponent can start on the target after move m of `side`, never in the mover's favour, times
+// 2048. The move is made on the board for it and taken back.
+int64_t exchangeTerm(PositionKey key, const Material& material, Side side, const Move& m,
+                     Position& pos, PieceLists& lists);

@@ -777,6 +777,7 @@ TEST_F(SearchLeafValues, EnPassantGetsTheOrderingsCaptureTerm) {
     const int32_t last = generateMoves(white, moves, board.pos, board.lists, allMoves);
     int32_t identity[maxMoves];
     int64_t scores[maxMoves];
+    bool pending[maxMoves];
     int32_t at = -1;
     for (int32_t i = 0; i <= last; ++i) {
         identity[i] = i;
@@ -785,8 +786,10 @@ TEST_F(SearchLeafValues, EnPassantGetsTheOrderingsCaptureTerm) {
     ASSERT_GE(at, 0);
     NodeAttacks attacks;
     const Ordering o = scoreMoves(board.key, board.material, 1, 8, 16, white, moves, last, identity,
-                                  0, noValue, scores, attacks, board.pos, board.lists);
+                                  0, noValue, scores, pending, attacks, board.pos, board.lists);
     EXPECT_FALSE(o.cutoff);
+    if (pending[at])
+        scores[at] += exchangeTerm(board.key, board.material, white, e5d6, board.pos, board.lists);
     // Empty tables and history: (2 × 1000 + exchange 0) × 2048 − 1000 × 32.
     EXPECT_EQ(scores[at], 4064000);
 }
