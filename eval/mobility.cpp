@@ -66,8 +66,9 @@ bool safeMove(const EvalWork& w, const Position& pos, Side side, int32_t value, 
 // slider behind it worth less makes every empty square unsafe, and otherwise an empty square is
 // safe where the side holds it in majority (one more with the slider behind) and no enemy
 // attacker is cheaper than the piece.
-int32_t safeMovesAlong(const EvalWork& w, const Position& pos, Side side, int32_t value,
-                       int32_t square, int32_t line, int32_t behindLine) {
+[[gnu::always_inline]] inline int32_t safeMovesAlong(const EvalWork& w, const Position& pos,
+                                                     Side side, int32_t value, int32_t square,
+                                                     int32_t line, int32_t behindLine) {
     const int32_t behind = sliderBehind(w, pos, side, square, behindLine);
     const int32_t step = geometry.step[line];
     const int32_t first = firstOnLine(w.occupied, square, line);
@@ -86,47 +87,6 @@ int32_t safeMovesAlong(const EvalWork& w, const Position& pos, Side side, int32_
 }
 
 } // namespace
-
-void bookThreat(EvalWork& w, Side side, int32_t value, int32_t square) {
-    if (side != w.toMove) {
-        if (value > w.otherThreat) w.otherThreat = value;
-        return;
-    }
-    if (value > w.threat1) {
-        w.threat2 = w.threat1;
-        w.threat1 = value;
-        w.threat1Square = square;
-    } else if (value > w.threat2) {
-        w.threat2 = value;
-    }
-}
-
-void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, int32_t weight,
-                 bool trapped) {
-    const int32_t colour = sideIndex(side);
-    const int32_t enemy = 1 - colour;
-    const int32_t defender = w.leastAttacker[square][colour];
-    if (defender != noAttacker) w.squareValue[square] += weight * 1000 / defender;
-
-    const int32_t attacker = w.leastAttacker[square][enemy];
-    if (attacker != noAttacker) {
-        const int32_t value = pieceValue[kind];
-        int32_t loss;
-        if (side * w.attackBalance[square] < 0) {
-            // Attacked more often than defended.
-            loss = attacker <= defender ? value : value - attacker + defender;
-        } else {
-            // Held at least evenly: only an attacker cheaper than the piece wins something.
-            loss = value - attacker;
-        }
-        if (loss >= 1) {
-            w.total[enemy] += loss / hangingDivisor;
-            if (trapped) w.total[enemy] += loss / trappedDivisor;
-            bookThreat(w, side, loss / threatDivisor + w.squareValue[square], square);
-        }
-    }
-    w.total[colour] += w.squareValue[square];
-}
 
 void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32_t rank) {
     const int32_t square = squareIndex(file, rank);

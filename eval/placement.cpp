@@ -220,8 +220,8 @@ inline void attackAlongRay(EvalWork& w, const Piece& p, int32_t t, int32_t halvi
 // block. Each occupied square after the first is scored at half the weight of the one before.
 // The walk jumps from piece to piece along the ray; the empty squares between only take the
 // attack while nothing blocks yet.
-void sliderRay(EvalWork& w, const Position& pos, const Piece& p, int32_t line, bool diagonal,
-               TwoLargest& attacked) {
+[[gnu::always_inline]] inline void sliderRay(EvalWork& w, const Position& pos, const Piece& p,
+                                             int32_t line, bool diagonal, TwoLargest& attacked) {
     int32_t halvings = 0; // each occupied square after the first counts half the one before
     int32_t blockers = 0;
     int32_t firstEnemyValue = 0;

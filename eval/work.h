@@ -6,6 +6,7 @@
 
 #include "core/position.h"
 #include "core/types.h"
+#include "eval/values.h"
 
 // leastAttacker value of a square that no piece of that colour attacks.
 constexpr int32_t noAttacker = 1000000000;
@@ -64,14 +65,50 @@ void scorePawn(EvalWork& w, const Position& pos, Side side, int32_t file, int32_
 void scoreKing(EvalWork& w, const Position& pos, const PieceLists& lists, Side side, int32_t file,
                int32_t rank);
 
+// Books a threat value against `side`.
+inline void bookThreat(EvalWork& w, Side side, int32_t value, int32_t square) {
+    if (side != w.toMove) {
+        if (value > w.otherThreat) w.otherThreat = value;
+        return;
+    }
+    if (value > w.threat1) {
+        w.threat2 = w.threat1;
+        w.threat1 = value;
+        w.threat1Square = square;
+    } else if (value > w.threat2) {
+        w.threat2 = value;
+    }
+}
+
 // The defence and threat step shared by pieces and pawns: the defence bonus, then the charge
 // for an attacked and insufficiently defended piece and the booking of its threat; then the
 // piece's value joins its side's total. `trapped` when the piece has no safe move.
-void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, int32_t defenceWeight,
-                 bool trapped);
+inline void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, int32_t weight,
+                        bool trapped) {
+    const int32_t colour = sideIndex(side);
+    const int32_t enemy = 1 - colour;
+    const int32_t defender = w.leastAttacker[square][colour];
+    if (defender != noAttacker) w.squareValue[square] += weight * 1000 / defender;
 
-// Books a threat value against `side`.
-void bookThreat(EvalWork& w, Side side, int32_t value, int32_t square);
+    const int32_t attacker = w.leastAttacker[square][enemy];
+    if (attacker != noAttacker) {
+        const int32_t value = pieceValue[kind];
+        int32_t loss;
+        if (side * w.attackBalance[square] < 0) {
+            // Attacked more often than defended.
+            loss = attacker <= defender ? value : value - attacker + defender;
+        } else {
+            // Held at least evenly: only an attacker cheaper than the piece wins something.
+            loss = value - attacker;
+        }
+        if (loss >= 1) {
+            w.total[enemy] += loss / hangingDivisor;
+            if (trapped) w.total[enemy] += loss / trappedDivisor;
+            bookThreat(w, side, loss / threatDivisor + w.squareValue[square], square);
+        }
+    }
+    w.total[colour] += w.squareValue[square];
+}
 
 inline int32_t chebyshev(int32_t f1, int32_t r1, int32_t f2, int32_t r2) {
     const int32_t df = f1 > f2 ? f1 - f2 : f2 - f1;
