@@ -8,32 +8,6 @@ int32_t isSquareSafe(const Position& pos, Side side, int32_t file, int32_t rank)
     return squareSafe(pos, occupancy(pos), side, squareIndex(file, rank));
 }
 
-int32_t squareSafe(const Position& pos, uint64_t occupied, Side side, int32_t square) {
-    const PieceCode* squares = pos.squares;
-
-    // The first piece on each line: a queen, a bishop on a diagonal or a rook on a straight
-    // line at any distance; the king next to the square; a pawn next to it on a diagonal that
-    // it captures along (on the two upper diagonals it attacks a White square, on the lower two
-    // a Black one).
-    for (int32_t l = 0; l < 8; ++l) {
-        const int32_t t = firstOnLine(occupied, square, l);
-        if (t < 0) continue;
-        const int32_t kind = -side * squares[t];
-        if (kind <= 0) continue;
-        if (kind == queen || kind == (isDiagonal(l) ? bishop : rook)) return 0;
-        if (t == square + geometry.step[l] &&
-            (kind == king || (kind == pawn && isDiagonal(l) && lineSteps[l][1] == side)))
-            return 0;
-    }
-
-    // Knights.
-    const PieceCode enemyKnight = -side * knight;
-    for (int32_t k = 0; k < geometry.knightCount[square]; ++k) {
-        if (squares[geometry.knights[square][k]] == enemyKnight) return 0;
-    }
-    return 1;
-}
-
 uint64_t checkAnswerSquares(const Position& pos, Side side, uint64_t occupied) {
     const int32_t home = squareIndex(kingFile(pos, side), kingRank(pos, side));
     uint64_t answers = 0;
