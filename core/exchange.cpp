@@ -22,35 +22,66 @@ struct Capturer {
 // What can reach the target during a series: the knights a knight's jump away and the first
 // piece on each of the eight lines from the target. Captures only ever empty squares, so the
 // first piece of a line changes only when it leaves, and then the next one behind it along
-// the line comes forward (an x-ray).
-//   knights[k]   squares of knights of either side, -1 once used; knightCount of them
-//   first[l]     square of the first piece on line l from the target, -1 for none
+// the line comes forward (an x-ray). Sixteen slots hold them, in the order capturers of equal
+// kind are taken: the knight squares in the board's knight order, then the lines 0 to 7.
+//   square[slot]          the square in the slot, -1 for none
+//   capturers[c][kind]    bit set of the slots holding a piece of colour c (0 Black, 1 White)
+//                         and that kind that can capture on the target from there: a knight,
+//                         a slider along its line, a pawn next to the target diagonally and
+//                         towards its own advance (the king is never one: it comes last)
 struct Reach {
-    int32_t knights[8];
-    int32_t knightCount;
-    int32_t first[8];
+    int32_t square[16];
+    uint32_t capturers[2][7];
 };
 
-static void findReach(const Position& pos, uint64_t occupied, int32_t target, Reach& reach) {
-    reach.knightCount = 0;
-    for (int32_t k = 0; k < geometry.knightCount[target]; ++k) {
-        const int32_t t = geometry.knights[target][k];
-        if (pos.squares[t] == knight || pos.squares[t] == -knight)
-            reach.knights[reach.knightCount++] = t;
-    }
-    for (int32_t l = 0; l < 8; ++l)
-        reach.first[l] = firstOnLine(occupied, target, l);
+constexpr int32_t lineSlot = 8;
+
+// Records the piece on t as the first one on line l from the target.
+static inline void enterLine(const Position& pos, Reach& reach, int32_t target, int32_t l,
+                             int32_t t) {
+    reach.square[lineSlot + l] = t;
+    if (t < 0) return;
+    const PieceCode code = pos.squares[t];
+    const Side owner = code > 0 ? white : black;
+    const int32_t kind = owner * code;
+    if (kind == queen || kind == (isDiagonal(l) ? bishop : rook) ||
+        // A pawn above the square captures downwards (Black), one below upwards (White).
+        (kind == pawn && isDiagonal(l) && t == target + geometry.step[l] &&
+         lineSteps[l][1] == -owner))
+        reach.capturers[sideIndex(owner)][kind] |= 1u << (lineSlot + l);
 }
 
-// The capturer on `from` has left (its square is already clear in `occupied`).
-static void leave(Reach& reach, uint64_t occupied, int32_t target, int32_t from) {
+static void findReach(const Position& pos, uint64_t occupied, int32_t target, Reach& reach) {
+    for (auto& colour : reach.capturers) {
+        for (uint32_t& kind : colour)
+            kind = 0;
+    }
+    for (int32_t k = 0; k < 8; ++k) {
+        reach.square[k] = -1;
+        if (k >= geometry.knightCount[target]) continue;
+        const int32_t t = geometry.knights[target][k];
+        const PieceCode code = pos.squares[t];
+        if (code != knight && code != -knight) continue;
+        reach.square[k] = t;
+        reach.capturers[code > 0 ? 1 : 0][knight] |= 1u << k;
+    }
+    for (int32_t l = 0; l < 8; ++l)
+        enterLine(pos, reach, target, l, firstOnLine(occupied, target, l));
+}
+
+// The capturer on `from`, of colour `colour`, has left (its square is already clear in
+// `occupied`); a king leaves its line too.
+static void leave(const Position& pos, Reach& reach, uint64_t occupied, int32_t target,
+                  int32_t from, int32_t colour) {
     const int32_t l = geometry.line[target][from];
     if (l >= 0) {
-        reach.first[l] = firstOnLine(occupied, from, l);
+        for (uint32_t& kind : reach.capturers[colour])
+            kind &= ~(1u << (lineSlot + l));
+        enterLine(pos, reach, target, l, firstOnLine(occupied, from, l));
         return;
     }
-    for (int32_t k = 0; k < reach.knightCount; ++k) {
-        if (reach.knights[k] == from) reach.knights[k] = -1;
+    for (int32_t k = 0; k < 8; ++k) {
+        if (reach.square[k] == from) reach.capturers[colour][knight] &= ~(1u << k);
     }
 }
 
@@ -69,11 +100,6 @@ static bool usable(const Position& pos, uint64_t occupied, Side side, int32_t sq
     return kind != queen && kind != (isDiagonal(line) ? bishop : rook);
 }
 
-// Least valuable capturer of `side` on the target, the king excluded: among the knights, then
-// the first pieces of the diagonals, then of the straight lines that can capture along their
-// line (a pawn only from next to the square and towards its own advance), the usable one of
-// the smallest kind, the first found among equal kinds. With the pin check on, none while the
-// own king is attacked.
 // Whether the king of `side` is attacked now, where safeSince is the count of changed squares
 // at which it was last found safe (-1: not known to be safe): since then only squares have
 // been emptied (the target holds a piece of the side's own whenever it is asked), so only the
@@ -93,32 +119,14 @@ static bool kingAttackedNow(const Position& pos, uint64_t occupied, Side side,
     return false;
 }
 
-// Least valuable capturer of `side` on the target, the king excluded: among the knights, then
-// the first pieces of the diagonals, then of the straight lines that can capture along their
-// line (a pawn only from next to the square and towards its own advance), the usable one of
-// the smallest kind, the first found among equal kinds. With the pin check on, none while the
-// own king is attacked (safeSince as for kingAttackedNow; updated).
+// Least valuable capturer of `side` on the target, the king excluded: the usable one of the
+// smallest kind, the first in slot order among equal kinds. With the pin check on, none while
+// the own king is attacked (safeSince as for kingAttackedNow; updated).
 static Capturer leastValuableCapturer(const Position& pos, uint64_t occupied, const Reach& reach,
-                                      Side side, int32_t target, int32_t pinCheck,
-                                      const int32_t* changedSquare, int32_t changes,
-                                      int32_t& safeSince) {
-    Capturer candidates[16];
-    int32_t count = 0;
-    for (int32_t k = 0; k < reach.knightCount; ++k) {
-        const int32_t t = reach.knights[k];
-        if (t >= 0 && side * pos.squares[t] == knight) candidates[count++] = {t, knight};
-    }
-    for (int32_t l = 0; l < 8; ++l) {
-        const int32_t t = reach.first[l];
-        if (t < 0) continue;
-        const int32_t kind = side * pos.squares[t];
-        if (kind == queen || kind == (isDiagonal(l) ? bishop : rook) ||
-            // A pawn above the square captures downwards (Black), one below upwards (White).
-            (kind == pawn && isDiagonal(l) && t == target + geometry.step[l] &&
-             lineSteps[l][1] == -side))
-            candidates[count++] = {t, kind};
-    }
-    if (count == 0) return {-1, 0};
+                                      Side side, int32_t pinCheck, const int32_t* changedSquare,
+                                      int32_t changes, int32_t& safeSince) {
+    const uint32_t(&own)[7] = reach.capturers[sideIndex(side)];
+    if ((own[pawn] | own[knight] | own[bishop] | own[rook] | own[queen]) == 0) return {-1, 0};
     if (pinCheck) {
         if (kingAttackedNow(pos, occupied, side, changedSquare, changes, safeSince)) {
             safeSince = -1;
@@ -126,18 +134,15 @@ static Capturer leastValuableCapturer(const Position& pos, uint64_t occupied, co
         }
         safeSince = changes;
     }
-    // The smallest kind first, in the order found; a candidate that may not leave its square
-    // is passed over.
-    for (;;) {
-        int32_t best = -1;
-        for (int32_t i = 0; i < count; ++i) {
-            if (candidates[i].kind != 0 && (best < 0 || candidates[i].kind < candidates[best].kind))
-                best = i;
+    // The smallest kind first, in slot order; a candidate that may not leave its square is
+    // passed over.
+    for (int32_t kind = pawn; kind <= queen; ++kind) {
+        for (uint32_t slots = own[kind]; slots != 0; slots &= slots - 1) {
+            const int32_t square = reach.square[__builtin_ctz(slots)];
+            if (usable(pos, occupied, side, square, pinCheck)) return {square, kind};
         }
-        if (best < 0) return {-1, 0};
-        if (usable(pos, occupied, side, candidates[best].square, pinCheck)) return candidates[best];
-        candidates[best].kind = 0;
     }
+    return {-1, 0};
 }
 
 // The king of `side` as the last resort: it captures when it stands next to the square and the
@@ -196,8 +201,8 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
         }
         // A pawn of s on the square keeps lines through it closed and counts it as occupied.
         pos.squares[target] = s;
-        Capturer capturer = leastValuableCapturer(pos, occupied, reach, s, target, pinCheck,
-                                                  changedSquare, changes, safeSince[s > 0 ? 1 : 0]);
+        Capturer capturer = leastValuableCapturer(pos, occupied, reach, s, pinCheck, changedSquare,
+                                                  changes, safeSince[s > 0 ? 1 : 0]);
         if (capturer.kind == 0) capturer = kingCapturer(pos, occupied, s, target);
         if (capturer.kind == 0) break;
 
@@ -206,7 +211,7 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
         changedCode[changes++] = pos.squares[from];
         pos.squares[from] = 0;
         occupied &= ~(uint64_t{1} << from);
-        leave(reach, occupied, target, from);
+        leave(pos, reach, occupied, target, from, sideIndex(s));
         if (kindOnSquare != 0) balance += s * pieceValue[kindOnSquare];
         kindOnSquare = capturer.kind;
         if (capturer.kind == pawn && rank == (s > 0 ? 7 : 0)) {
