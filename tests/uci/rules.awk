@@ -1,15 +1,9 @@
-# Checks by rule of a search's report lines, for the transcripts whose searches cannot be
-# worked out line by line (the score and principal variation of an ordinary position, how many
-# iterations a timed search gets). run_uci.sh runs a transcript's NAME.filter first and these
-# rules after it; every line that neither treats is printed as it is.
-#
-# Searches are numbered by their bestmove lines: search n is the one that the n-th bestmove line
-# ends. A filter names the searches to check in its BEGIN block:
-#     rule[3] = "depth=5 best=e2e4"
-# The report lines of a named search (info depth ... and info nodes ...) and its bestmove line
-# are replaced by one line, "checked by rule: <its rule>", when everything holds; otherwise by
-# "check failed: <what>" lines followed by the lines themselves. Other lines of the search
-# (info string, readyok) are printed where they come.
+# Checks by rule of a UCI search's report lines, for the searches that cannot be worked out
+# line by line. The runner gives the rules of a session's @check lines as rule[n] for the
+# search of its n-th go (each go ends in one bestmove line). The report lines of a search with
+# a rule (info depth ... and info nodes ...) and its bestmove line become one line,
+# "checked by rule: <its rule>", when everything holds; otherwise "check failed: <what>"
+# lines followed by the lines themselves. Every other line is printed as it is.
 #
 # What every named search must show:
 #   - each report line well formed: "info depth D score cp|mate V [lowerbound|upperbound]

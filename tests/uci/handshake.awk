@@ -26,3 +26,4 @@ function exists(path,    line, r) {
     print ok ? "option name BookFile type string default (the book found)" : "BookFile default not where the program looks: " $0
     next
 }
+{ print }
