@@ -6,8 +6,9 @@
 #
 # NAME.in holds the lines sent to the program and these directives:
 #   @# TEXT            a comment: why the expected answers are right
-#   @run [VAR=VALUE...] [ARG...]   starts a run of the program (a session without one starts
-#                      a run without arguments); the arguments are read as the shell reads them.
+#   @run [VAR=VALUE...] [ARG...] [2>&1]   starts a run of the program (a session without one
+#                      starts a run without arguments; 2>&1 adds standard error to the output);
+#                      the arguments are read as the shell reads them.
 #                      The run ends at the next @run, @files, @show or at the end: its input
 #                      closes and it must end. Its output follows "$ PROGRAM ARG..." and is
 #                      followed by "status N".
@@ -65,29 +66,36 @@ wait_for() { # wait_for REGEX: see @wait
 }
 
 start_run() { # start_run TIMED WORDS...: env assignments and arguments as in @run
-    local timed=$1 envs=() args=() word
+    local timed=$1 word
     shift
     set -f
     eval "set -- $*"
     set +f
+    runenv=() args=() merge=0
     for word; do
-        if ((${#args[@]} == 0)) && [[ $word =~ ^[A-Za-z_]+= ]]; then envs+=("$word"); else args+=("$word"); fi
+        if ((${#args[@]} == 0)) && [[ $word =~ ^[A-Za-z_]+= ]]; then runenv+=("$word"); else args+=("$word"); fi
     done
-    echo "\$ ${envs[*]+${envs[*]} }$label${args[*]+ ${args[*]}}" >>"$actual"
-    filters=() rules=$work/rules.awk ngo=0 running=1 buffer=""
+    if ((${#args[@]})) && [[ ${args[-1]} == '2>&1' ]]; then merge=1 && unset 'args[-1]'; fi
+    echo "\$ ${runenv[*]+${runenv[*]} }$label${args[*]+ ${args[*]}}" >>"$actual"
+    filters=() rules=$work/rules.awk ngo=0 running=1 buffer="" pid=""
     : >"$rules"
     if ((timed)); then
         rm -f "$fifo" && mkfifo "$fifo"
         set -m # the program gets the default action for SIGINT
-        env ${envs[@]+"${envs[@]}"} "$program" ${args[@]+"${args[@]}"} <"$fifo" >"$out" 2>"$work/err" &
+        launch "$fifo" &
         pid=$!
         set +m
         exec 3>"$fifo"
     else
-        words=$work/words pid=""
+        words=$work/words
         : >"$words"
-        runline=("$program" ${args[@]+"${args[@]}"}) runenv=(${envs[@]+"${envs[@]}"})
     fi
+}
+
+launch() { # launch INPUT: the shell becomes the program, reading INPUT
+    exec <"$1" >"$out" 2>"$work/err"
+    ((merge)) && exec 2>&1
+    exec env ${runenv[@]+"${runenv[@]}"} "$program" ${args[@]+"${args[@]}"}
 }
 
 end_run() { # closes the input, waits for the end and adds the output
@@ -107,7 +115,7 @@ end_run() { # closes the input, waits for the end and adds the output
         status=$?
         pid=""
     else
-        env ${runenv[@]+"${runenv[@]}"} "${runline[@]}" <"$words" >"$out" 2>"$work/err"
+        (launch "$words")
         status=$?
     fi
     [[ -s $work/err ]] && notes+="standard error: $(head -c 2000 "$work/err")"$'\n'
