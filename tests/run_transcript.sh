@@ -20,7 +20,7 @@
 #   @crlf TEXT         sends TEXT ending in a carriage return
 #   @check RULE        (UCI) the rule for the search of the last go (see uci/rules.awk)
 #   @files             lists the files in the scratch folder
-#   @show FILE [FILTER [VAR=VALUE...]]   prints FILE (through DIR/FILTER.awk)
+#   @show FILE [FILTER]  prints FILE (through DIR/FILTER.awk)
 # A run with @wait, @sleep or @signal reads a named pipe and gets each group of lines at its
 # moment; any other run reads a file. For a program named *-uci every run reads the pipe, a
 # "go" without infinite or ponder waits for the bestmove, and the report lines' time, speed
@@ -42,8 +42,6 @@ out=$work/out fifo=$work/fifo actual=$work/actual
 : >"$actual"
 notes="" broken=0 buffer="" mark=0 running=0
 
-now() { local t=${EPOCHREALTIME/[.,]/}; echo $((10#$t)); }
-
 flush() { # sends the lines gathered so far
     [[ -z $buffer ]] && return
     mark=$(wc -l <"$out")
@@ -52,17 +50,14 @@ flush() { # sends the lines gathered so far
 }
 
 wait_for() { # wait_for REGEX: see @wait
-    local deadline=$(($(now) + 30000000)) at
+    local deadline=$((SECONDS + 30)) at
     while :; do
         at=$(awk -v m="$mark" -v re="$1" 'NR > m && $0 ~ re { print NR; exit }' "$out")
-        [[ -n $at ]] && { mark=$at; return 0; }
-        if ! kill -0 "$pid" 2>/dev/null || (($(now) > deadline)); then
-            notes+="no line matching \"$1\" came"$'\n'
-            broken=1
-            return 1
-        fi
+        [[ -n $at ]] && mark=$at && return 0
+        ! kill -0 "$pid" 2>/dev/null || ((SECONDS > deadline)) && break
         sleep 0.05
     done
+    notes+="no line matching \"$1\" came"$'\n' broken=1
 }
 
 start_run() { # start_run TIMED WORDS...: env assignments and arguments as in @run
@@ -99,21 +94,17 @@ launch() { # launch INPUT: the shell becomes the program, reading INPUT
 }
 
 end_run() { # closes the input, waits for the end and adds the output
-    local status=0 deadline filter spec
+    local status deadline filter spec
     ((running)) || return
     running=0
     if [[ -n $pid ]]; then
         flush
         exec 3>&-
-        deadline=$(($(now) + 30000000))
-        while kill -0 "$pid" 2>/dev/null && (($(now) < deadline)); do sleep 0.05; done
-        if kill -0 "$pid" 2>/dev/null; then
-            notes+="the program did not end; killed"$'\n'
-            kill -KILL "$pid"
-        fi
+        deadline=$((SECONDS + 30))
+        while kill -0 "$pid" 2>/dev/null && ((SECONDS < deadline)); do sleep 0.05; done
+        kill -KILL "$pid" 2>/dev/null && notes+="the program did not end; killed"$'\n'
         wait "$pid"
-        status=$?
-        pid=""
+        status=$? pid=""
     else
         (launch "$words")
         status=$?
@@ -165,14 +156,9 @@ for ((i = 0; i < ${#lines[@]}; i++)); do
         ;;
     '@show '*)
         end_run
-        read -ra show <<<"${line#@show }"
-        echo "--- ${show[0]}" >>"$actual"
-        if ((${#show[@]} > 1)); then
-            vars=("${show[@]:2}")
-            awk ${vars[@]+"${vars[@]/#/-v}"} -f "$dir/${show[1]}.awk" "${show[0]}" >>"$actual"
-        else
-            cat "${show[0]}" >>"$actual"
-        fi
+        read -r file filter <<<"${line#@show }"
+        echo "--- $file" >>"$actual"
+        if [[ -n $filter ]]; then awk -f "$dir/$filter.awk" "$file"; else cat "$file"; fi >>"$actual"
         ;;
     '@long '*)
         rest=${line#@long }
