@@ -115,7 +115,7 @@ end_run() { # closes the input, waits for the end and adds the output
         read -ra filter <<<"$spec"
         vars=("${filter[@]:1}")
         awk -v program="$program" ${vars[@]+"${vars[@]/#/-v}"} -f "$rules" -f "$dir/$filter.awk" \
-            "$out" >"$out.next"
+            "$out" >"$out.next" || notes+="the filter $spec failed"$'\n'
         mv "$out.next" "$out"
     done
     if ((uci)); then

@@ -34,32 +34,12 @@
 #   same=K        the info depth lines are search K's apart from time and speed, and so is the
 #                 bestmove line
 
-function fail(text) {
-    problems = problems "check failed: " text "\n"
-}
-
-function word(wanted, key,    n, i, parts) {
-    n = split(wanted, parts, " ")
-    for (i = 1; i <= n; i++) {
-        if (index(parts[i], key "=") == 1) return substr(parts[i], length(key) + 2)
-    }
-    return ""
-}
-
-function has(wanted, key,    n, i, parts) {
-    n = split(wanted, parts, " ")
-    for (i = 1; i <= n; i++) {
-        if (parts[i] == key || index(parts[i], key "=") == 1) return 1
-    }
-    return 0
-}
+function fail(text) { problems = problems "check failed: " text "\n" }
 
 # The value after `key` in a report line's fields.
 function field(line, key,    n, i, f) {
     n = split(line, f, " ")
-    for (i = 1; i < n; i++) {
-        if (f[i] == key) return f[i + 1]
-    }
+    for (i = 1; i < n; i++) if (f[i] == key) return f[i + 1]
     return ""
 }
 
@@ -69,18 +49,20 @@ function steady(line) {
     return line
 }
 
-function checkSearch(n, wanted, bestLine,    i, line, depth, expectDepth, pvCount, lastPv, pv, np,
-                     nodes, time, nps, lastNodes, lastTime, bm, nb, want, mateWant, score, k,
-                     pvLines, lastIsPv, progressAt, plain) {
+function checkSearch(n, rule, bestLine,    i, line, depth, expectDepth, pvCount, lastPv, pv, np,
+                     nodes, time, nps, lastNodes, lastTime, bm, nb, want, score, k, parts,
+                     pvLines, lastIsPv, progressAt, plain, w) {
+    split("", w)
+    k = split(rule, parts, " ")
+    for (i = 1; i <= k; i++) {
+        if (index(parts[i], "=")) w[substr(parts[i], 1, index(parts[i], "=") - 1)] = substr(parts[i], index(parts[i], "=") + 1)
+        else w[parts[i]] = ""
+    }
     problems = ""
     expectDepth = 2
-    pvCount = 0
-    lastNodes = -1
-    lastTime = -1
-    lastPv = ""
-    pvLines = ""
-    progressAt = 0
-    mateWant = word(wanted, "allmate")
+    pvCount = progressAt = 0
+    lastNodes = lastTime = -1
+    lastPv = pvLines = ""
     for (i = 1; i <= count; i++) {
         line = lines[i]
         if (line ~ /^info depth [0-9]+ score (cp -?[0-9]+|mate -?[0-9]+)( lowerbound| upperbound)? nodes [0-9]+ nps [0-9]+ time [0-9]+ pv( [a-h][1-8][a-h][1-8][nbrq]?)+$/) {
@@ -94,8 +76,8 @@ function checkSearch(n, wanted, bestLine,    i, line, depth, expectDepth, pvCoun
             score = line
             sub(/^.* score /, "", score)
             sub(/ nodes .*$/, "", score)
-            if (mateWant != "" && score != "mate " mateWant)
-                fail("score " score " at depth " depth ", not mate " mateWant)
+            if ("allmate" in w && score != "mate " w["allmate"])
+                fail("score " score " at depth " depth ", not mate " w["allmate"])
         } else if (line ~ /^info nodes [0-9]+ nps [0-9]+ time [0-9]+$/) {
             if (progressAt) fail("two lines without a principal variation")
             if (pvCount == 0) fail("a line without a principal variation before any with one")
@@ -115,41 +97,25 @@ function checkSearch(n, wanted, bestLine,    i, line, depth, expectDepth, pvCoun
         lastTime = time
     }
     lastIsPv = count > 0 && !progressAt
-    want = has(wanted, "minlines") ? word(wanted, "minlines") + 0 : 1
+    want = "minlines" in w ? w["minlines"] + 0 : 1
     if (pvCount < want) fail(pvCount " info depth lines, fewer than " want)
-    if (has(wanted, "depth")) {
-        want = word(wanted, "depth") + 0
-        if (expectDepth - 1 != want || progressAt)
-            fail("the search did not end with depth " want)
-    }
-    if (has(wanted, "mate")) {
-        want = word(wanted, "mate")
-        if (score != "mate " want)
-            fail("the last score is " score ", not mate " want)
-    }
+    if ("depth" in w && (expectDepth - 1 != w["depth"] + 0 || progressAt))
+        fail("the search did not end with depth " w["depth"])
+    if ("mate" in w && score != "mate " w["mate"]) fail("the last score is " score ", not mate " w["mate"])
     plain = score
     sub(/ (lower|upper)bound$/, "", plain)
-    if (has(wanted, "score")) {
-        want = word(wanted, "score")
+    if ("score" in w) {
+        want = w["score"]
         gsub(/_/, " ", want)
         if (plain != want) fail("the last score is " plain ", not " want)
     }
-    if (has(wanted, "maxscore")) {
-        want = word(wanted, "maxscore") + 0
-        if (!(plain ~ /^mate -/ || (plain ~ /^cp / && substr(plain, 4) + 0 <= want)))
-            fail("the last score is " plain ", above cp " want)
-    }
-    if (has(wanted, "mintime") && lastTime < word(wanted, "mintime") + 0)
-        fail("time " lastTime " ms, under " word(wanted, "mintime"))
-    if (has(wanted, "minnodes") && lastNodes < word(wanted, "minnodes") + 0)
-        fail(lastNodes " nodes, under " word(wanted, "minnodes"))
-    if (has(wanted, "maxnodes") && lastNodes > word(wanted, "maxnodes") + 0)
-        fail(lastNodes " nodes, over " word(wanted, "maxnodes"))
-    if (has(wanted, "fewernodes")) {
-        k = word(wanted, "fewernodes")
-        if (lastNodes >= finalNodes[k])
-            fail(lastNodes " nodes, not fewer than search " k "'s " finalNodes[k])
-    }
+    if ("maxscore" in w && !(plain ~ /^mate -/ || (plain ~ /^cp / && substr(plain, 4) + 0 <= w["maxscore"] + 0)))
+        fail("the last score is " plain ", above cp " w["maxscore"])
+    if ("mintime" in w && lastTime < w["mintime"] + 0) fail("time " lastTime " ms, under " w["mintime"])
+    if ("minnodes" in w && lastNodes < w["minnodes"] + 0) fail(lastNodes " nodes, under " w["minnodes"])
+    if ("maxnodes" in w && lastNodes > w["maxnodes"] + 0) fail(lastNodes " nodes, over " w["maxnodes"])
+    if ("fewernodes" in w && lastNodes >= finalNodes[k = w["fewernodes"]])
+        fail(lastNodes " nodes, not fewer than search " k "'s " finalNodes[k])
 
     if (bestLine !~ /^bestmove [a-h][1-8][a-h][1-8][nbrq]?( ponder [a-h][1-8][a-h][1-8][nbrq]?)?$/) {
         fail("malformed bestmove line")
@@ -159,39 +125,26 @@ function checkSearch(n, wanted, bestLine,    i, line, depth, expectDepth, pvCoun
         if (np > 0 && bm[2] != pv[1]) fail("bestmove " bm[2] ", the principal variation's " pv[1])
         if (lastIsPv && np >= 2 && (nb < 4 || bm[4] != pv[2]))
             fail("the ponder move is not the principal variation's reply " pv[2])
-        if (lastIsPv && np < 2 && nb == 4)
-            fail("a ponder move where the principal variation has no reply")
-        if (has(wanted, "best") && bm[2] != word(wanted, "best"))
-            fail("bestmove " bm[2] ", not " word(wanted, "best"))
-        if (has(wanted, "among") && index("," word(wanted, "among") ",", "," bm[2] ",") == 0)
-            fail("bestmove " bm[2] ", not among " word(wanted, "among"))
-        if (has(wanted, "ponder")) {
-            want = word(wanted, "ponder")
-            if ((want == "none" && nb == 4) || (want != "none" && bm[4] != want))
-                fail("ponder " (nb == 4 ? bm[4] : "none") ", not " want)
-        }
+        if (lastIsPv && np < 2 && nb == 4) fail("a ponder move where the principal variation has no reply")
+        if ("best" in w && bm[2] != w["best"]) fail("bestmove " bm[2] ", not " w["best"])
+        if ("among" in w && index("," w["among"] ",", "," bm[2] ",") == 0)
+            fail("bestmove " bm[2] ", not among " w["among"])
+        if ("ponder" in w &&
+            ((w["ponder"] == "none" && nb == 4) || (w["ponder"] != "none" && bm[4] != w["ponder"])))
+            fail("ponder " (nb == 4 ? bm[4] : "none") ", not " w["ponder"])
     }
-    if (has(wanted, "same")) {
-        k = word(wanted, "same")
-        if (pvLines != savedPv[k]) fail("the info depth lines differ from search " k "'s")
-        if (bestLine != savedBest[k]) fail("the bestmove line differs from search " k "'s")
-    }
+    if ("same" in w && pvLines != savedPv[k = w["same"]]) fail("the info depth lines differ from search " k "'s")
+    if ("same" in w && bestLine != savedBest[k = w["same"]]) fail("the bestmove line differs from search " k "'s")
 
     if (problems == "") {
-        print "checked by rule" (wanted == "" ? "" : ": " wanted)
+        print "checked by rule" (rule == "" ? "" : ": " rule)
     } else {
         printf "%s", problems
-        for (i = 1; i <= count; i++)
-            print "| " lines[i]
+        for (i = 1; i <= count; i++) print "| " lines[i]
         print "| " bestLine
     }
     savedPv[n] = pvLines
     savedBest[n] = bestLine
-}
-
-BEGIN {
-    searches = 0
-    count = 0
 }
 
 # Every search's last node count and lines are kept, for the rules that compare searches.
@@ -202,14 +155,11 @@ BEGIN {
         lines[++count] = $0
         next
     }
-    if ($0 ~ / pv /) {
-        keptPv[current] = keptPv[current] steady($0) "\n"
-    }
+    if ($0 ~ / pv /) keptPv[current] = keptPv[current] steady($0) "\n"
 }
 
 /^bestmove/ {
-    ++searches
-    if (searches in rule) {
+    if (++searches in rule) {
         checkSearch(searches, rule[searches], $0)
         count = 0
         next
