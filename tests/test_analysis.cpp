@@ -1,8 +1,6 @@
 // The move language and the game files of the analysis tools: SAN written and read (every
 // expected text below is the standard notation of the move, worked out on the diagram), and the
 // PGN reader on the inputs that go wrong in real files.
-#include <gtest/gtest.h>
-
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -10,10 +8,9 @@
 #include "analysis/annotate.h"
 #include "analysis/pgn.h"
 #include "analysis/san.h"
-#include "core/fen.h"
-#include "core/keys.h"
 #include "core/movegen.h"
 #include "core/movetext.h"
+#include "helpers.h"
 #include "search/transtable.h"
 
 namespace {
@@ -35,27 +32,7 @@ constexpr const char* backRank = "6k1/5ppp/8/8/8/8/8/R5K1 w - - 0 1";
 constexpr const char* checkOnly = "6k1/5pp1/8/8/8/8/8/R5K1 w - - 0 1";
 constexpr const char* passant = "4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1";
 
-class Analysis : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() { initPositionKeys(); }
-};
-
-Position load(const char* fen) {
-    Position pos;
-    EXPECT_EQ(readFen(fen, pos), nullptr) << fen;
-    return pos;
-}
-
-// The move named in coordinates ("e7d8q"), from the legal list.
-Move coordinates(Position& pos, const char* text) {
-    MoveList list;
-    const int32_t last = generateLegalMoves(pos.sideToMove, list, pos, allMoves);
-    const int32_t index = parseMoveInput(text, pos.sideToMove, pos, list, last);
-    EXPECT_GE(index, 0) << text;
-    return index >= 0 ? list.moves[index] : Move{0, 0, 0, 0, 0};
-}
-
-TEST_F(Analysis, SanIsWrittenWithWhatTheMoveNeeds) {
+TEST(Analysis, SanIsWrittenWithWhatTheMoveNeeds) {
     struct Case {
         const char* fen;
         const char* move;
@@ -84,15 +61,15 @@ TEST_F(Analysis, SanIsWrittenWithWhatTheMoveNeeds) {
         {passant, "e5e6", "e6"},
     };
     for (const Case& c : cases) {
-        Position pos = load(c.fen);
+        Position pos = fromFen(c.fen);
         const Position before = pos;
-        const Move m = coordinates(pos, c.move);
-        EXPECT_STREQ(moveToSan(pos, pos.sideToMove, m).text, c.san) << c.fen << " " << c.move;
+        EXPECT_STREQ(moveToSan(pos, pos.sideToMove, mv(c.move)).text, c.san)
+            << c.fen << " " << c.move;
         EXPECT_EQ(std::memcmp(&pos, &before, sizeof pos), 0) << "position changed: " << c.san;
     }
 }
 
-TEST_F(Analysis, SanIsReadStrictlyWhereItMatters) {
+TEST(Analysis, SanIsReadStrictlyWhereItMatters) {
     struct Case {
         const char* fen;
         const char* san;
@@ -132,7 +109,7 @@ TEST_F(Analysis, SanIsReadStrictlyWhereItMatters) {
         {startFen, "Nbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbd2", nullptr, "not a move"},
     };
     for (const Case& c : cases) {
-        Position pos = load(c.fen);
+        Position pos = fromFen(c.fen);
         MoveList list;
         const int32_t last = generateLegalMoves(pos.sideToMove, list, pos, allMoves);
         const SanReading read = sanToMove(c.san, pos.sideToMove, pos, list, last);
@@ -183,7 +160,7 @@ PgnRun readAll(const std::string& text) {
     return run;
 }
 
-TEST_F(Analysis, PgnReaderKeepsTheMainLineAndSkipsOnlyWhatIsBad) {
+TEST(Analysis, PgnReaderKeepsTheMainLineAndSkipsOnlyWhatIsBad) {
     const std::string deep = std::string(20000, '(') + "1. d4" + std::string(20000, ')');
     struct Case {
         std::string text;
@@ -245,7 +222,7 @@ TEST_F(Analysis, PgnReaderKeepsTheMainLineAndSkipsOnlyWhatIsBad) {
     EXPECT_EQ(setUp.startSide, black);
 }
 
-TEST_F(Analysis, ValuesAreWrittenFromWhitesSide) {
+TEST(Analysis, ValuesAreWrittenFromWhitesSide) {
     struct Case {
         int32_t value; // search value: twice the evaluation (pawn 1000), side to move's view
         Side side;

@@ -1,24 +1,15 @@
 // The search on hand-made positions: the transposition tables and their replacement rules, the
 // principal-variation walk, the threat scan, the draw, mate and futility rules of the
-// alpha-beta search, the driver's shortcuts and the opening book files.
-#include <gtest/gtest.h>
-
-#include <cstdio>
+// alpha-beta search, the driver's shortcuts, pondering's credit and the opening book files.
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <initializer_list>
 #include <string>
 #include <unistd.h>
 
-#include "core/derive.h"
-#include "core/fen.h"
-#include "core/keys.h"
-#include "core/makemove.h"
 #include "core/movegen.h"
-#include "core/position.h"
 #include "eval/evaluate.h"
-#include "eval/material.h"
+#include "helpers.h"
 #include "search/alphabeta.h"
 #include "search/book.h"
 #include "search/driver.h"
@@ -30,71 +21,21 @@
 
 namespace {
 
-constexpr Move e2e4 = {4, 1, 4, 3, 0};
-constexpr Move d2d4 = {3, 1, 3, 3, 0};
-constexpr Move e7e5 = {4, 6, 4, 4, 0};
+const Move e2e4 = mv("e2e4");
+const Move d2d4 = mv("d2d4");
+const Move e7e5 = mv("e7e5");
 
-// The start position's key: high half 0x7EE956D4, low half 0xB3FB3833.
-constexpr PositionKey startKey = 0x7EE956D4B3FB3833ULL;
+// The start position's key as a book line writes it: high half, low half.
+const std::string startKeyText = "2129221332 3019585587";
 
 void noPoll(SearchControl&) {}
 
-// A position with its companions, read from FEN.
-struct Board {
-    Position pos;
-    PieceLists lists;
-    Material material;
-    PositionKey key;
-
-    void load(const char* fen) {
-        ASSERT_EQ(readFen(fen, pos), nullptr) << fen;
-        derivePositionState(pos, key, lists, material);
-    }
-    void start() {
-        setInitialPosition(pos);
-        derivePositionState(pos, key, lists, material);
-    }
-    // Plays a move for good (the key and material follow it).
-    void play(Side side, const Move& m) {
-        int32_t capturedSlot = 0;
-        makeMove(key, side, pos, lists, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion,
-                 material, capturedSlot);
-    }
-};
-
-// Index of a move in a list, -1 when absent.
-int32_t indexOf(const MoveList& list, int32_t lastIndex, const Move& m) {
-    for (int32_t i = 0; i <= lastIndex; ++i) {
-        if (sameMove(list.moves[i], m)) return i;
-    }
-    return -1;
-}
-
-void expectThreat(const Threat& t, int32_t value, int32_t file, int32_t rank) {
-    EXPECT_EQ(t.value, value);
-    EXPECT_EQ(t.file, file);
-    EXPECT_EQ(t.rank, rank);
-}
-
-void expectInvalidated(const HashEntry& e) {
-    EXPECT_EQ(e.depthLeft, -4000);
-    EXPECT_EQ(e.storePly, 4000);
-    EXPECT_EQ(e.age, static_cast<uint8_t>(searchAge - 1));
-}
-
 // Small tables, cleared before every test; a game record at the start position whose poll does
 // nothing; the search settings put back afterwards.
-class SearchFixture : public ::testing::Test {
+class Search : public ::testing::Test {
 protected:
     void SetUp() override {
-        resetRandom();
-        initPositionKeys();
-        fillMaterialScale();
-        savedHashBits = hashBits;
-        savedFullWidth = fullWidthDepth;
-        savedQuiescence = quiescenceDepth;
-        savedTimeLimit = searchTimeLimit;
-        savedBook = bookEnabled;
+        freshKeys();
         hashBits = 12;
         ASSERT_TRUE(allocateTranspositionTables());
         ASSERT_TRUE(allocateHistoryTable());
@@ -109,16 +50,15 @@ protected:
     }
     void TearDown() override {
         freeSearchTables();
-        hashBits = savedHashBits;
-        fullWidthDepth = savedFullWidth;
-        quiescenceDepth = savedQuiescence;
-        searchTimeLimit = savedTimeLimit;
-        bookEnabled = savedBook;
+        hashBits = saved[0];
+        fullWidthDepth = saved[1];
+        quiescenceDepth = saved[2];
+        searchTimeLimit = saved[3];
+        bookEnabled = saved[4];
         searchRunning = 0;
     }
 
-    // alphaBetaWithMemory on the board with the moves generateMoves makes for `side` (mode 0,
-    // or -1 for captures only).
+    // alphaBetaWithMemory on the board with the moves generateMoves makes for `side`.
     int32_t search(Side side, int32_t depthLimit, int32_t testBound, int32_t distance,
                    ThreatKind moveThreat, int32_t mode = allMoves) {
         MoveList moves;
@@ -126,21 +66,26 @@ protected:
         return alphaBetaWithMemory(game.search, board.key, depthLimit, board.material, testBound,
                                    distance, moveThreat, side, moves, last, board.pos, board.lists);
     }
+    // The node count a call of search adds.
+    int64_t nodesOf(Side side, int32_t depthLimit, int32_t testBound, int32_t& value) {
+        const int64_t before = nodeCount;
+        value = search(side, depthLimit, testBound, 8, 0);
+        return nodeCount - before;
+    }
 
-    // runSearch over the legal moves of `side`, its standard output captured.
-    int32_t drive(Side side, std::string& output) {
+    // runSearch over the legal moves of `side`, its standard output kept.
+    int32_t drive(Side side, std::string& output, int32_t ponderTime = 0) {
         MoveList moves;
         const int32_t last = generateLegalMoves(side, moves, board.pos, allMoves);
-        std::fflush(stdout);
-        ::testing::internal::CaptureStdout();
-        const int32_t chosen = runSearch(game.search, side, moves, last, board.pos, 0, 0, 0);
-        std::fflush(stdout);
-        output = ::testing::internal::GetCapturedStdout();
+        int32_t chosen = 0;
+        output = captureStdout([&] {
+            chosen = runSearch(game.search, side, moves, last, board.pos, 0, ponderTime, 0);
+        });
         return chosen;
     }
 
-    // The game's key history: keyCount entries of keys that no position here has, so that
-    // only the keys a test puts in can repeat.
+    // The game's key history: keyCount entries that no position here has, so that only the keys
+    // a test puts in can repeat.
     void fillHistory(int32_t keyCount, int32_t fiftyMoveCounter) {
         for (int32_t i = 0; i <= keyCount; ++i)
             game.search.keyHistory[i] = 0x1000 + static_cast<PositionKey>(i);
@@ -148,26 +93,559 @@ protected:
         game.search.fiftyMoveCounter = fiftyMoveCounter;
     }
 
+    // A bound for the board's position (or `key`) in its slot of `table`.
+    void store(HashEntry* table, int32_t value, int32_t ply, int32_t depth, int32_t level,
+               const Move& m, PositionKey key = 0) {
+        storeBound(table, hashIndex(board.key), key ? key : board.key, value, ply, depth, level, m,
+                   board.pos);
+    }
+    HashEntry& lower() { return lowerBoundTable[hashIndex(board.key)]; }
+    HashEntry& upper() { return upperBoundTable[hashIndex(board.key)]; }
+
+    // The principal variation shown from the board's position.
+    std::string pv(int32_t distance = 8, int32_t budget = 248) {
+        const Position before = board.pos;
+        char text[pvTextSize] = "";
+        walkPrincipalVariation(board.key, board.pos, board.lists, white, distance, budget, text);
+        EXPECT_EQ(std::memcmp(&board.pos, &before, sizeof before), 0);
+        return text;
+    }
+
     GameState game;
     Board board;
-    int32_t savedHashBits = 0;
-    int32_t savedFullWidth = 0;
-    int32_t savedQuiescence = 0;
-    int32_t savedTimeLimit = 0;
-    int32_t savedBook = 0;
+    int32_t saved[5] = {hashBits, fullWidthDepth, quiescenceDepth, searchTimeLimit, bookEnabled};
 };
 
-class SearchTables : public SearchFixture {};
-class SearchThreatScan : public SearchFixture {};
-class SearchDraws : public SearchFixture {};
-class SearchLeafValues : public SearchFixture {};
-class SearchDriverShortcuts : public SearchFixture {};
+void expectInvalidated(const HashEntry& e) {
+    EXPECT_EQ(e.depthLeft, -4000);
+    EXPECT_EQ(e.storePly, 4000);
+    EXPECT_EQ(e.age, static_cast<uint8_t>(searchAge - 1));
+}
 
-// Book tests run in a scratch directory of their own, since the file names are fixed.
-class SearchBook : public SearchFixture {
+// ---- transposition tables -----------------------------------------------------------------------
+
+TEST_F(Search, ClearedTablesHoldOnlyEmptyUnprotectedEntries) {
+    searchAge = 7;
+    historyTable[123] = 5;
+    clearSearchTables();
+    EXPECT_EQ(searchAge, 0);
+    for (size_t i = 0; i < (size_t{1} << hashBits); ++i) {
+        for (const HashEntry* table : {lowerBoundTable, upperBoundTable}) {
+            const HashEntry& e = table[i];
+            ASSERT_EQ(e.age, 255) << i; // searchAge - 1 as a byte
+            ASSERT_EQ(e.movedPiece, 100) << i;
+            ASSERT_EQ(e.targetPiece, 100) << i;
+            ASSERT_EQ(e.depthLeft, -4000) << i;
+            ASSERT_EQ(e.storePly, 4000) << i;
+            ASSERT_EQ(e.keyLow | e.keyHigh | static_cast<uint32_t>(e.value), 0u) << i;
+        }
+    }
+    for (size_t i = 0; i < historySize; ++i)
+        ASSERT_EQ(historyTable[i], 0u) << i;
+    // Never usable: not for its own key 0 (100 is no piece), nor for the start position.
+    EXPECT_FALSE(usableEntry(lowerBoundTable[0], 0, board.pos, white));
+    EXPECT_FALSE(usableEntry(lower(), board.key, board.pos, white));
+    EXPECT_FALSE(usableEntry(upper(), board.key, board.pos, white));
+    // Unprotected: even the shallowest result from far down the tree replaces it.
+    storeBound(lowerBoundTable, 5, board.key, 2, 400, -100, 2, e2e4, board.pos);
+    EXPECT_EQ(lowerBoundTable[5].storePly, 400);
+    EXPECT_EQ(lowerBoundTable[5].depthLeft, -100);
+}
+
+// A mate is stored as its distance from the storing node and read back from the reading one;
+// values 4000 or more from a mate are ordinary.
+TEST_F(Search, MateValuesAreStoredRelativeToTheNode) {
+    const int32_t cases[][4] = {
+        // value, distance when stored, table value, the value read back at distance 8
+        {1000000 - 40, 16, 1000000 - 24, 1000000 - 32},
+        {-(1000000 - 40), 16, -(1000000 - 24), -(1000000 - 32)},
+        {996000, 16, 996000, 996000},
+        {-996000, 16, -996000, -996000},
+        {996001, 16, 996017, 996009},
+        {-996001, 16, -996017, -996009},
+        {0, 16, 0, 0},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(toTableValue(c[0], c[1]), c[2]) << c[0];
+        EXPECT_EQ(fromTableValue(c[2], 8), c[3]) << c[0];
+    }
+}
+
+TEST_F(Search, ProtectedEntryKeepsAnEqualOrDeeperBound) {
+    store(lowerBoundTable, 100, 8, 16, 0, e2e4);
+    EXPECT_EQ(lower().keyHigh, 0x7EE956D4u);
+    EXPECT_EQ(lower().keyLow, 0xB3FB3833u);
+    EXPECT_EQ(lower().value, 100);
+    EXPECT_EQ(lower().age, 0);
+    EXPECT_EQ(lower().movedPiece, 1); // a white pawn on e2
+    EXPECT_EQ(lower().targetPiece, 0);
+    EXPECT_EQ(lower().depthLeft, 16);
+    EXPECT_EQ(lower().storePly, 8);
+    store(lowerBoundTable, 100, 8, 16, 0, d2d4); // the same bound: nothing written
+    store(lowerBoundTable, 500, 8, 8, 0, d2d4);  // shallower: nothing written
+    EXPECT_EQ(lower().fromFile, 4);
+    EXPECT_EQ(lower().value, 100);
+    store(lowerBoundTable, 102, 8, 16, 0, d2d4); // a higher lower bound is tighter
+    EXPECT_EQ(lower().value, 102);
+    EXPECT_EQ(lower().fromFile, 3);
+    // The upper-bound table the other way round.
+    store(upperBoundTable, 200, 8, 16, 0, e2e4);
+    store(upperBoundTable, 200, 8, 16, 0, d2d4);
+    EXPECT_EQ(upper().fromFile, 4);
+    store(upperBoundTable, 198, 8, 16, 0, d2d4);
+    EXPECT_EQ(upper().value, 198);
+    EXPECT_EQ(upper().fromFile, 3);
+}
+
+TEST_F(Search, EntryNearerTheRootStaysUntilTheSearchMovesOn) {
+    store(lowerBoundTable, 100, 8, 8, 0, e2e4);
+    store(lowerBoundTable, 300, 16, 200, 0, d2d4); // same search, farther down: not written
+    EXPECT_EQ(lower().value, 100);
+    EXPECT_EQ(lower().storePly, 8);
+    EXPECT_EQ(lower().depthLeft, 8);
+    // The next search: a deep quiescence node (level 2) still leaves an entry of depth 0 or more
+    // alone; any other node replaces it, even a shallower one from farther down.
+    searchAge = 1;
+    store(lowerBoundTable, 300, 16, -8, 2, d2d4);
+    EXPECT_EQ(lower().value, 100);
+    EXPECT_EQ(lower().age, 0);
+    store(lowerBoundTable, 300, 16, 0, 1, d2d4);
+    EXPECT_EQ(lower().value, 300);
+    EXPECT_EQ(lower().storePly, 16);
+    EXPECT_EQ(lower().depthLeft, 0);
+    EXPECT_EQ(lower().age, 1);
+    EXPECT_EQ(lower().fromFile, 3);
+}
+
+TEST_F(Search, ContradictingBoundOfTheSameKeyIsInvalidated) {
+    store(upperBoundTable, 50, 8, 16, 0, e2e4);
+    store(lowerBoundTable, 40, 8, 16, 0, d2d4); // below the upper bound: agrees
+    EXPECT_EQ(upper().depthLeft, 16);
+    // Above it: the upper-bound entry is freed, keeping key, value and move.
+    store(lowerBoundTable, 60, 8, 16, 0, d2d4);
+    expectInvalidated(upper());
+    EXPECT_EQ(upper().value, 50);
+    EXPECT_EQ(upper().keyLow, static_cast<uint32_t>(board.key));
+    EXPECT_EQ(upper().fromFile, 4);
+    EXPECT_EQ(lower().depthLeft, 16);
+    // The other way round.
+    clearSearchTables();
+    store(lowerBoundTable, 60, 8, 16, 0, d2d4);
+    store(upperBoundTable, 50, 8, 16, 0, e2e4);
+    expectInvalidated(lower());
+    EXPECT_EQ(upper().depthLeft, 16);
+    // An entry of another key in the slot (the low bit differs) stays.
+    clearSearchTables();
+    store(upperBoundTable, 50, 8, 16, 0, e2e4, board.key ^ 1);
+    store(lowerBoundTable, 60, 8, 16, 0, d2d4);
+    EXPECT_EQ(upper().depthLeft, 16);
+    EXPECT_EQ(upper().storePly, 8);
+}
+
+TEST_F(Search, UsableEntryChecksKeyPiecesAndPseudoLegality) {
+    store(lowerBoundTable, 100, 8, 16, 0, e2e4);
+    const HashEntry entry = lower();
+    EXPECT_TRUE(usableEntry(entry, board.key, board.pos, white));
+    EXPECT_FALSE(usableEntry(entry, board.key ^ 1, board.pos, white));
+    EXPECT_FALSE(usableEntry(entry, board.key ^ (PositionKey{1} << 40), board.pos, white));
+    EXPECT_FALSE(usableEntry(entry, board.key, board.pos, black)); // e2e4 is no move for Black
+    // Another piece on the from- or to-square than written; e2e5 is no pawn move.
+    for (const auto change :
+         {+[](HashEntry& e) { e.movedPiece = 2; }, +[](HashEntry& e) { e.targetPiece = -1; },
+          +[](HashEntry& e) { e.toRank = 4; }}) {
+        HashEntry changed = entry;
+        change(changed);
+        EXPECT_FALSE(usableEntry(changed, board.key, board.pos, white));
+    }
+}
+
+TEST_F(Search, WalkShowsTheStoredMovesAndEndsWithAFullStop) {
+    EXPECT_EQ(pv(), ".");
+    // e2e4 stored for the start position, e7e5 for the position after it.
+    store(lowerBoundTable, 10, 8, 16, 0, e2e4);
+    Board afterE4 = board;
+    afterE4.play(white, e2e4);
+    ASSERT_NE(hashIndex(afterE4.key), hashIndex(board.key));
+    storeBound(lowerBoundTable, hashIndex(afterE4.key), afterE4.key, -10, 16, 8, 0, e7e5,
+               afterE4.pos);
+    EXPECT_EQ(pv(), "-e2e4 -e7e5 .");
+    EXPECT_EQ(pv(8, 8), "-e2e4 ."); // a budget of one ply
+    EXPECT_EQ(pv(256), ".");        // beyond distance 248 nothing is shown
+}
+
+// The deeper of the two entries, equally deep the lower bound unless it was written farther
+// from the root.
+TEST_F(Search, WalkChoosesTheDeeperEntryThenTheOneNearerTheRoot) {
+    const int32_t cases[][4] = {
+        // ply and depth of the lower bound (e2e4), of the upper bound (d2d4); the move shown
+        {8, 8, 8, 16},
+        {16, 16, 8, 16},
+        {8, 16, 16, 16}};
+    const char* shown[] = {"-d2d4 .", "-d2d4 .", "-e2e4 ."};
+    for (int32_t i = 0; i < 3; ++i) {
+        clearSearchTables();
+        store(lowerBoundTable, 10, cases[i][0], cases[i][1], 0, e2e4);
+        store(upperBoundTable, 20, cases[i][2], cases[i][3], 0, d2d4);
+        EXPECT_EQ(pv(), shown[i]) << i;
+    }
+}
+
+TEST_F(Search, WalkStopsAtAnIllegalMoveOrANegativeDepth) {
+    // The rook on e2 is pinned by the rook on e8: Re2-a2 leaves the king in check.
+    board = Board("4r1k1/8/8/8/8/8/4R3/4K3 w - - 0 1");
+    store(lowerBoundTable, 10, 8, 16, 0, mv("e2a2"));
+    EXPECT_EQ(pv(), ".");
+    // Along the pin line the rook may move: Rxe8 is shown (deeper, so it replaces e2a2).
+    store(lowerBoundTable, 10, 8, 24, 0, mv("e2e8"));
+    EXPECT_EQ(pv(), "-e2e8 .");
+    // The same entry invalidated, or written by a quiescence node: the walk stops at once.
+    invalidateEntry(lowerBoundTable, hashIndex(board.key));
+    EXPECT_EQ(pv(), ".");
+    searchAge = 1; // an older entry: always replaced
+    store(lowerBoundTable, 10, 8, -8, 2, mv("e2e8"));
+    ASSERT_EQ(lower().depthLeft, -8);
+    EXPECT_EQ(pv(), ".");
+}
+
+// ---- threat scan --------------------------------------------------------------------------------
+
+// What White's move attacks: the largest direct threat, the runner-up (negated when discovered)
+// and the discovered one, each the victim's worth less the attacker's / 128 (pawn 7, minor 23,
+// rook 39, queen 70). A king threatens nothing directly; a piece moving along a line uncovers
+// nothing on it. Earlier records are reset.
+TEST_F(Search, ThreatScan) {
+    const struct {
+        const char* fen;
+        const char* move;
+        int32_t result;
+        Threat discovered, direct, second;
+    } cases[] = {
+        {"3r3k/5N2/8/8/8/8/8/4K3 b - - 0 1",
+         "g5f7",
+         2,
+         {0, -1, -1},
+         {12000 - 23, 7, 7},
+         {5000 - 23, 3, 7}},
+        {"k7/8/5q2/3P4/8/8/1B6/7K b - - 0 1",
+         "d4d5",
+         1,
+         {9000 - 23, 5, 5},
+         {0, -1, -1},
+         {0, -1, -1}},
+        {"k7/8/2n2q2/3P4/8/8/1B6/7K b - - 0 1",
+         "d4d5",
+         1,
+         {9000 - 23, 5, 5},
+         {3000 - 7, 2, 5},
+         {0, -1, -1}},
+        {"3r3k/8/5q2/8/8/1N6/1B6/3R3K b - - 0 1",
+         "d4b3",
+         1,
+         {9000 - 23, 5, 5},
+         {0, -1, -1},
+         {-(5000 - 39), 3, 7}},
+        {"4r2k/8/8/8/8/8/4R3/K3Q3 b - - 0 1",
+         "e4e2",
+         1,
+         {0, -1, -1},
+         {5000 - 39, 4, 7},
+         {0, -1, -1}},
+        {"4r2k/8/8/8/8/8/1R6/K3Q3 b - - 0 1",
+         "e2b2",
+         1,
+         {5000 - 70, 4, 7},
+         {0, -1, -1},
+         {0, -1, -1}},
+        {"4q2k/8/8/8/2n5/3K4/8/4R3 b - - 0 1",
+         "e2d3",
+         1,
+         {9000 - 39, 4, 7},
+         {0, -1, -1},
+         {0, -1, -1}},
+        {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1",
+         "e2e4",
+         0,
+         {0, -1, -1},
+         {0, -1, -1},
+         {0, -1, -1}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.fen) + " " + c.move);
+        board = Board(c.fen);
+        discoveredThreat = directThreat = secondThreat = {5, 1, 1};
+        const Move m = mv(c.move);
+        EXPECT_EQ(threatScan(board.pos, white, m.fromFile, m.fromRank, m.toFile, m.toRank),
+                  c.result);
+        for (const auto& [actual, expected] :
+             {std::pair{discoveredThreat, c.discovered}, std::pair{directThreat, c.direct},
+              std::pair{secondThreat, c.second}}) {
+            EXPECT_EQ(actual.value, expected.value);
+            EXPECT_EQ(actual.file, expected.file);
+            EXPECT_EQ(actual.rank, expected.rank);
+        }
+    }
+}
+
+// ---- draws --------------------------------------------------------------------------------------
+
+// Too little material to mate is a draw at once, one node, nothing stored; king and three pawns
+// (also 15000) and a minor piece each are played on.
+TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
+    const struct {
+        const char* fen;
+        bool draw;
+    } cases[] = {
+        {"8/8/8/4k3/8/8/8/3BK3 w - - 0 1", true},
+        {"8/8/8/3nk3/8/8/8/4K3 b - - 0 1", true},
+        {"8/8/8/4k3/8/8/PPP5/4K3 w - - 0 1", false},
+        {"8/8/8/3nk3/8/8/8/3BK3 w - - 0 1", false},
+    };
+    fullWidthDepth = 16;
+    for (const auto& c : cases) {
+        board = Board(c.fen);
+        int32_t value = 0;
+        if (!c.draw) {
+            EXPECT_GT(nodesOf(board.pos.sideToMove, 16, 1, value), 1) << c.fen;
+            continue;
+        }
+        for (const int32_t bound : {1, -1}) {
+            EXPECT_EQ(nodesOf(board.pos.sideToMove, 16, bound, value), 1) << c.fen;
+            EXPECT_EQ(value, 0) << c.fen;
+        }
+        EXPECT_EQ(lower().movedPiece, 100) << c.fen;
+        EXPECT_EQ(upper().movedPiece, 100) << c.fen;
+    }
+}
+
+// King and queen against king, White to move: searched, the value is far above 1.
+constexpr const char* queenUp = "4k3/8/8/8/8/8/8/3QK3 w - - 0 1";
+
+// keyCount is the parent's entry; with the fifty-move counter n (rounded down to even), the
+// positions with White to move since the last irreversible move are entries 7, 5, ... down to
+// keyCount - n + 1. Two earlier occurrences there make a draw at once, the slot left as it was;
+// one makes the node searched and then both entries of its slot freed, whatever their key.
+TEST_F(Search, RepetitionsInTheWindow) {
+    enum Outcome { draw, searched, freed, stored };
+    const struct {
+        int32_t fifty;
+        int32_t repeated[2]; // entries holding the node's key, -1 for none
+        Outcome outcome;
+    } cases[] = {
+        {8, {3, 7}, draw},     {5, {5, 7}, draw},     {4, {3, 7}, freed}, // 3 is too old
+        {8, {4, 6}, searched},                                            // Black to move there
+        {8, {7, -1}, freed},   {8, {-1, -1}, stored},
+    };
+    fullWidthDepth = 16;
+    board = Board(queenUp);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.fifty * 100 + c.repeated[0] * 10 + c.repeated[1]);
+        clearSearchTables();
+        if (c.outcome != stored) {
+            store(lowerBoundTable, 0, 8, 0, 0, d2d4, board.key ^ 1);
+            store(upperBoundTable, 0, 8, 0, 0, d2d4, board.key ^ 1);
+        }
+        fillHistory(8, c.fifty);
+        for (const int32_t entry : c.repeated) {
+            if (entry >= 0) game.search.keyHistory[entry] = board.key;
+        }
+        int32_t value = 0;
+        const int64_t nodes = nodesOf(white, 16, 1, value);
+        EXPECT_EQ(game.search.keyCount, 8);
+        EXPECT_EQ(game.search.fiftyMoveCounter, c.fifty);
+        EXPECT_EQ(value == 0 && nodes == 1, c.outcome == draw) << value << " " << nodes;
+        if (c.outcome != draw) EXPECT_GT(value, 1);
+        if (c.outcome == draw) {
+            EXPECT_EQ(lower().depthLeft, 0);
+            EXPECT_EQ(upper().depthLeft, 0);
+        } else if (c.outcome == freed) {
+            expectInvalidated(lower());
+            expectInvalidated(upper());
+        } else if (c.outcome == stored) {
+            EXPECT_EQ(lower().keyLow, static_cast<uint32_t>(board.key));
+            EXPECT_EQ(lower().depthLeft, 8);
+            EXPECT_EQ(lower().storePly, 8);
+        }
+    }
+}
+
+TEST_F(Search, FiftyMovesComeBeforeTheTables) {
+    fullWidthDepth = 16;
+    board = Board(queenUp);
+    // A deep stored lower bound of 5000 (Qd1-d7) would answer the node at once.
+    store(lowerBoundTable, 5000, 8, 100, 0, mv("d1d7"));
+    searchAge = 5;
+    fillHistory(100, 100);
+    EXPECT_EQ(search(white, 16, 1, 8, 0), 0);
+    EXPECT_EQ(lower().age, 0); // not even looked at
+    fillHistory(100, 99);
+    EXPECT_EQ(search(white, 16, 1, 8, 0), 5000);
+    EXPECT_EQ(lower().age, 5); // used, so refreshed
+}
+
+// ---- mate, stalemate and futility ---------------------------------------------------------------
+
+// Mate scores distance - 1000000 at any depth; stalemate 0 down to level 1 (remaining depth
+// above -8); at level 2 no move means no capture: the node is worth nothing to its parent.
+TEST_F(Search, MateAndStalemate) {
+    const char* const mate = "R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1";
+    const char* const stalemate = "k7/2Q5/1K6/8/8/8/8/8 b - - 0 1";
+    const struct {
+        const char* fen;
+        int32_t depthLimit, bound, distance, threat, mode, value;
+    } cases[] = {
+        {mate, 40, -1, 24, 2, allMoves, 24 - 1000000},
+        {mate, 16, -1, 24, 2, capturesOnly, 24 - 1000000}, // remaining depth -8
+        {stalemate, 40, -1, 24, 0, allMoves, 0},
+        {stalemate, 24, 1, 24, 0, allMoves, 0},
+        {stalemate, 17, 1, 24, 0, allMoves, 0},
+        {stalemate, 16, -1, 24, 0, allMoves, -1000000000},
+        {startFen, 0, -1, 8, 0, capturesOnly, -1000000000},
+    };
+    fullWidthDepth = 16;
+    for (const auto& c : cases) {
+        board = Board(c.fen);
+        EXPECT_EQ(search(board.pos.sideToMove, c.depthLimit, c.bound, c.distance, c.threat, c.mode),
+                  c.value)
+            << c.fen << " depth " << c.depthLimit;
+    }
+    board = Board(mate);
+    search(black, 40, -1, 24, 2);
+    EXPECT_EQ(lower().movedPiece, 100); // nothing stored
+    EXPECT_EQ(upper().movedPiece, 100);
+}
+
+TEST_F(Search, FutilityPrunesQuietMovesNearTheHorizon) {
+    // A bare king (Ka1-b1, Ka1-b2) against queen and rook, iteration depth 8: a quiet king move
+    // is reduced by 3. Depth limit 10 gives the child 7 <= distance 8 < 15: margin 6000; limit
+    // 13 gives 10, 10 - 8 <= 8 < 10: the two-ply margin of 12000. The node and its own static
+    // evaluation only.
+    fullWidthDepth = 8;
+    board = Board("7k/7r/8/3q4/8/8/8/K7 w - - 0 1");
+    int32_t value = 0;
+    EXPECT_EQ(nodesOf(white, 10, -1, value), 2);
+    EXPECT_EQ(value, -1 - 6001);
+    clearSearchTables();
+    EXPECT_EQ(nodesOf(white, 13, -1, value), 2);
+    EXPECT_EQ(value, -1 - 12001);
+    // A test bound far below the static value: the moves are looked at.
+    clearSearchTables();
+    EXPECT_GT(nodesOf(white, 10, -2000001, value), 2);
+    EXPECT_GT(value, -2000001);
+    EXPECT_NE(value, -2000001 - 6001);
+    // En passant is a capture, never pruned: exd6 is White's only move here, far behind.
+    clearSearchTables();
+    board = Board("1r5k/8/4b3/3pP3/8/8/7q/K7 w - d6 0 1");
+    EXPECT_GT(nodesOf(white, 10, -1, value), 2);
+    EXPECT_NE(value, -1 - 6001);
+}
+
+// En passant is ordered as the capture of a pawn: victim 1000 * 128 less the mover 1000 in deep
+// quiescence; (2 * 1000 + exchange 0) * 2048 - 1000 * 32 with empty tables and history.
+TEST_F(Search, EnPassantIsOrderedAsACapture) {
+    board = Board("4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1");
+    const Move e5d6 = mv("e5d6");
+    EXPECT_EQ(captureOrderScore(board.pos, white, e5d6), 127000);
+    MoveList moves;
+    const int32_t last = generateMoves(white, moves, board.pos, board.lists, allMoves);
+    int32_t identity[maxMoves];
+    int64_t scores[maxMoves];
+    for (int32_t i = 0; i <= last; ++i)
+        identity[i] = i;
+    const int32_t at = indexOf(moves, last, e5d6);
+    ASSERT_GE(at, 0);
+    NodeAttacks attacks;
+    const Ordering o = scoreMoves(board.key, board.material, 1, 8, 16, white, moves, last, identity,
+                                  0, noValue, scores, attacks, board.pos, board.lists);
+    EXPECT_FALSE(o.cutoff);
+    EXPECT_EQ(scores[at], 4064000);
+}
+
+// ---- the driver ---------------------------------------------------------------------------------
+
+const char* const staticList = "current best-first move list with respective evaluation:\n";
+// Ka1, Pe4, Nh1 against Ke8 and a hanging queen: exd5 is the best move by static score, but the
+// knight's moves (highest slot) come first.
+constexpr const char* hangingQueen = "4k3/8/8/3q4/4P3/8/8/K6N w - - 0 1";
+
+TEST_F(Search, DriverShortcuts) {
+    bookEnabled = 0;
+    // A single legal move (Kh1-g1) is played without a search, whatever the depth.
+    fullWidthDepth = 24;
+    board = Board("k7/8/8/8/8/8/r7/7K w - - 0 1");
+    std::string output;
+    EXPECT_EQ(drive(white, output), 0);
+    EXPECT_EQ(output.rfind(std::string(staticList) + "h1g1 =", 0), 0u) << output;
+    EXPECT_NE(output.find("- time for this move: ? sec -"), std::string::npos);
+    EXPECT_EQ(output.find("new iteration"), std::string::npos) << output;
+    EXPECT_EQ(fullWidthDepth, 24);
+    // One ply without a time limit: the static best.
+    fullWidthDepth = 8;
+    board = Board(hangingQueen);
+    MoveList moves;
+    const int32_t capture =
+        indexOf(moves, generateLegalMoves(white, moves, board.pos, allMoves), mv("e4d5"));
+    ASSERT_GT(capture, 0);
+    EXPECT_EQ(drive(white, output), capture);
+    EXPECT_EQ(output.rfind(std::string(staticList) + "e4d5 =", 0), 0u) << output;
+    EXPECT_EQ(output.find("new iteration"), std::string::npos) << output;
+    EXPECT_EQ(fullWidthDepth, 8);
+    // Two plies and a limit of -1000, so that the clock refuses the next iteration: one
+    // iteration is searched and reported.
+    fullWidthDepth = 16;
+    searchTimeLimit = -1000;
+    EXPECT_EQ(drive(white, output), capture);
+    EXPECT_NE(output.find("new iteration with depth 2\n"), std::string::npos) << output;
+    EXPECT_EQ(output.find("new iteration with depth 3"), std::string::npos) << output;
+    EXPECT_EQ(fullWidthDepth, 16);
+    EXPECT_EQ(searchTimeLimit, -1000);
+}
+
+// Time spent pondering counts for the next search only when the opponent plays the predicted
+// move; the credit counts as time spent, so a credited search stops deepening sooner.
+TEST_F(Search, PonderingCredit) {
+    game.ponderMode = -1; // a pondering search has just run
+    game.lastSearchIndex = 5;
+    game.ponderTime = 9;
+    creditPondering(game, 5);
+    EXPECT_EQ(game.ponderMode, 1);
+    EXPECT_EQ(game.ponderTime, 9);
+    game.ponderMode = -1;
+    creditPondering(game, 4);
+    EXPECT_EQ(game.ponderMode, 1);
+    EXPECT_EQ(game.ponderTime, 0);
+    game.ponderTime = 3; // without a pondering search before it, a move changes nothing
+    creditPondering(game, 7);
+    EXPECT_EQ(game.ponderTime, 3);
+
+    // 55 seconds and two plies at least; taking the queen on d4 is plainly best. The depth-2
+    // iteration always runs; another starts while credit plus elapsed time stays within a
+    // quarter of credit plus limit: with 1000 seconds of credit (> 1055 / 4) none does. Without,
+    // the depth-3 iteration runs, after which the best move has held twice and the search ends.
+    bookEnabled = 0;
+    fullWidthDepth = 16;
+    searchTimeLimit = 55;
+    for (const auto& [credit, iterations] : {std::pair{1000, 1}, std::pair{0, 2}}) {
+        clearSearchTables();
+        board = Board("rnb1kbnr/pppp1ppp/8/4p3/3q4/4P3/PPPP1PPP/RNBQKBNR w KQkq - 0 3");
+        game.search.StopFlag = 0;
+        game.search.searchStartTime = static_cast<int32_t>(std::time(nullptr));
+        std::string output;
+        drive(white, output, credit);
+        int32_t found = 0;
+        for (size_t at = output.find("new iteration"); at != std::string::npos;
+             at = output.find("new iteration", at + 1))
+            ++found;
+        EXPECT_EQ(found, iterations) << "credit " << credit;
+    }
+}
+
+// ---- the opening book ---------------------------------------------------------------------------
+
+// Runs in a scratch directory of its own, since the file names are fixed.
+class Book : public Search {
 protected:
     void SetUp() override {
-        SearchFixture::SetUp();
+        Search::SetUp();
         ASSERT_NE(getcwd(oldDirectory, sizeof oldDirectory), nullptr);
         std::strcpy(scratch, "/tmp/kovrel-book-XXXXXX");
         ASSERT_NE(mkdtemp(scratch), nullptr);
@@ -178,7 +656,7 @@ protected:
         std::remove("openings.dat");
         EXPECT_EQ(chdir(oldDirectory), 0);
         rmdir(scratch);
-        SearchFixture::TearDown();
+        Search::TearDown();
     }
 
     static void writeFile(const char* name, const std::string& text) {
@@ -198,11 +676,7 @@ protected:
     }
     static std::string buildBook(const std::string& source) {
         writeFile("openings.txt", source);
-        std::fflush(stdout);
-        ::testing::internal::CaptureStdout();
-        createBook();
-        std::fflush(stdout);
-        return ::testing::internal::GetCapturedStdout();
+        return captureStdout([] { createBook(); });
     }
     // One book line: the key's halves, the mark and the move.
     static std::string record(PositionKey key, int32_t mark, const Move& m) {
@@ -213,7 +687,7 @@ protected:
                       m.toFile, m.toRank, m.promotion);
         return line;
     }
-    // probeBook over the legal moves of `side` in the board's position, in generation order.
+    // probeBook over the legal moves of `side`, in generation order.
     int32_t probe(Side side, MoveList& moves, int32_t& last) {
         last = generateLegalMoves(side, moves, board.pos, allMoves);
         for (int32_t i = 0; i <= last; ++i)
@@ -226,738 +700,83 @@ protected:
     int32_t order[maxMoves] = {};
 };
 
-// ---------------------------------------------------------------------------------------------
-// Transposition tables
-
-TEST_F(SearchTables, ClearedTablesHoldOnlyEmptyUnprotectedEntries) {
-    searchAge = 7;
-    historyTable[123] = 5;
-    clearSearchTables();
-    EXPECT_EQ(searchAge, 0);
-    const size_t entries = size_t{1} << hashBits;
-    for (size_t i = 0; i < entries; ++i) {
-        for (const HashEntry* table : {lowerBoundTable, upperBoundTable}) {
-            const HashEntry& e = table[i];
-            ASSERT_EQ(e.age, 255) << i; // searchAge - 1 as a byte
-            ASSERT_EQ(e.movedPiece, 100) << i;
-            ASSERT_EQ(e.targetPiece, 100) << i;
-            ASSERT_EQ(e.depthLeft, -4000) << i;
-            ASSERT_EQ(e.storePly, 4000) << i;
-            ASSERT_EQ(e.keyLow | e.keyHigh | static_cast<uint32_t>(e.value), 0u) << i;
-        }
-    }
-    for (size_t i = 0; i < historySize; ++i)
-        ASSERT_EQ(historyTable[i], 0u) << i;
-
-    // An empty entry is never usable: not for its own key 0 (100 is no piece), nor for the
-    // start position whose slot it occupies.
-    board.start();
-    EXPECT_FALSE(usableEntry(lowerBoundTable[0], 0, board.pos, white));
-    EXPECT_FALSE(usableEntry(lowerBoundTable[hashIndex(board.key)], board.key, board.pos, white));
-    EXPECT_FALSE(usableEntry(upperBoundTable[hashIndex(board.key)], board.key, board.pos, white));
-
-    // Unprotected: even the shallowest result from far down the tree replaces it.
-    storeBound(lowerBoundTable, 5, board.key, 2, 400, -100, 2, e2e4, board.pos);
-    EXPECT_EQ(lowerBoundTable[5].storePly, 400);
-    EXPECT_EQ(lowerBoundTable[5].depthLeft, -100);
-}
-
-TEST_F(SearchTables, MateValuesAreStoredRelativeToTheNode) {
-    // Mate 40 eighths from the root, seen from a node at distance 16: 24 eighths away there.
-    EXPECT_EQ(toTableValue(1000000 - 40, 16), 1000000 - 24);
-    // Read back at distance 8: 32 eighths from the root.
-    EXPECT_EQ(fromTableValue(1000000 - 24, 8), 1000000 - 32);
-    // The losing side's view, mirrored.
-    EXPECT_EQ(toTableValue(-(1000000 - 40), 16), -(1000000 - 24));
-    EXPECT_EQ(fromTableValue(-(1000000 - 24), 8), -(1000000 - 32));
-    // 996000 lies 4000 from the mate value: an ordinary value, unchanged both ways.
-    EXPECT_EQ(toTableValue(996000, 16), 996000);
-    EXPECT_EQ(fromTableValue(996000, 8), 996000);
-    EXPECT_EQ(toTableValue(-996000, 16), -996000);
-    EXPECT_EQ(fromTableValue(-996000, 8), -996000);
-    // 996001 is within 3999 of the mate value.
-    EXPECT_EQ(toTableValue(996001, 16), 996017);
-    EXPECT_EQ(fromTableValue(-996001, 8), -995993);
-    EXPECT_EQ(toTableValue(0, 16), 0);
-}
-
-TEST_F(SearchTables, ProtectedEntryKeepsAnEqualOrDeeperBound) {
-    board.start();
-    const size_t slot = hashIndex(board.key);
-    storeBound(lowerBoundTable, slot, board.key, 100, 8, 16, 0, e2e4, board.pos);
-    const HashEntry& lower = lowerBoundTable[slot];
-    EXPECT_EQ(lower.keyHigh, 0x7EE956D4u);
-    EXPECT_EQ(lower.keyLow, 0xB3FB3833u);
-    EXPECT_EQ(lower.value, 100);
-    EXPECT_EQ(lower.age, 0);
-    EXPECT_EQ(lower.movedPiece, 1); // a white pawn on e2
-    EXPECT_EQ(lower.targetPiece, 0);
-    EXPECT_EQ(lower.depthLeft, 16);
-    EXPECT_EQ(lower.storePly, 8);
-
-    // The same lower bound, depth, key and age: nothing written (the move stays e2e4).
-    storeBound(lowerBoundTable, slot, board.key, 100, 8, 16, 0, d2d4, board.pos);
-    EXPECT_EQ(lower.fromFile, 4);
-    // A shallower result does not replace a deeper one.
-    storeBound(lowerBoundTable, slot, board.key, 500, 8, 8, 0, d2d4, board.pos);
-    EXPECT_EQ(lower.fromFile, 4);
-    EXPECT_EQ(lower.value, 100);
-    // A higher lower bound is tighter and replaces it.
-    storeBound(lowerBoundTable, slot, board.key, 102, 8, 16, 0, d2d4, board.pos);
-    EXPECT_EQ(lower.value, 102);
-    EXPECT_EQ(lower.fromFile, 3);
-
-    // The upper-bound table the other way round: only a lower upper bound is tighter.
-    const HashEntry& upper = upperBoundTable[slot];
-    storeBound(upperBoundTable, slot, board.key, 200, 8, 16, 0, e2e4, board.pos);
-    storeBound(upperBoundTable, slot, board.key, 200, 8, 16, 0, d2d4, board.pos);
-    EXPECT_EQ(upper.fromFile, 4);
-    storeBound(upperBoundTable, slot, board.key, 198, 8, 16, 0, d2d4, board.pos);
-    EXPECT_EQ(upper.value, 198);
-    EXPECT_EQ(upper.fromFile, 3);
-}
-
-TEST_F(SearchTables, EntryNearerTheRootStaysUntilTheSearchMovesOn) {
-    board.start();
-    const size_t slot = hashIndex(board.key);
-    const HashEntry& e = lowerBoundTable[slot];
-    storeBound(lowerBoundTable, slot, board.key, 100, 8, 8, 0, e2e4, board.pos);
-
-    // Distance 16 in the same search: not written, however deep.
-    storeBound(lowerBoundTable, slot, board.key, 300, 16, 200, 0, d2d4, board.pos);
-    EXPECT_EQ(e.value, 100);
-    EXPECT_EQ(e.storePly, 8);
-    EXPECT_EQ(e.depthLeft, 8);
-
-    // The next search: the entry is old, but a deep quiescence node (level 2) still leaves an
-    // entry of depth 0 or more alone, and this one was written nearer the root.
-    searchAge = 1;
-    storeBound(lowerBoundTable, slot, board.key, 300, 16, -8, 2, d2d4, board.pos);
-    EXPECT_EQ(e.value, 100);
-    EXPECT_EQ(e.age, 0);
-
-    // Any other node replaces the old entry, even a shallower one from farther down.
-    storeBound(lowerBoundTable, slot, board.key, 300, 16, 0, 1, d2d4, board.pos);
-    EXPECT_EQ(e.value, 300);
-    EXPECT_EQ(e.storePly, 16);
-    EXPECT_EQ(e.depthLeft, 0);
-    EXPECT_EQ(e.age, 1);
-    EXPECT_EQ(e.fromFile, 3);
-}
-
-TEST_F(SearchTables, ContradictingBoundOfTheSameKeyIsInvalidated) {
-    board.start();
-    const PositionKey key = board.key;
-    const size_t slot = hashIndex(key);
-    const HashEntry& lower = lowerBoundTable[slot];
-    const HashEntry& upper = upperBoundTable[slot];
-
-    storeBound(upperBoundTable, slot, key, 50, 8, 16, 0, e2e4, board.pos);
-    // A lower bound below the upper bound agrees with it.
-    storeBound(lowerBoundTable, slot, key, 40, 8, 16, 0, d2d4, board.pos);
-    EXPECT_EQ(upper.depthLeft, 16);
-    // A lower bound above it: the upper-bound entry is freed, keeping key, value and move.
-    storeBound(lowerBoundTable, slot, key, 60, 8, 16, 0, d2d4, board.pos);
-    expectInvalidated(upper);
-    EXPECT_EQ(upper.value, 50);
-    EXPECT_EQ(upper.keyLow, static_cast<uint32_t>(key));
-    EXPECT_EQ(upper.fromFile, 4);
-    EXPECT_EQ(lower.depthLeft, 16);
-
-    // The other way round: a new upper bound below the stored lower bound frees the latter.
-    clearSearchTables();
-    storeBound(lowerBoundTable, slot, key, 60, 8, 16, 0, d2d4, board.pos);
-    storeBound(upperBoundTable, slot, key, 50, 8, 16, 0, e2e4, board.pos);
-    expectInvalidated(lower);
-    EXPECT_EQ(upper.depthLeft, 16);
-
-    // An entry of another key in the slot (the low bit differs, the slot is the same) stays.
-    clearSearchTables();
-    storeBound(upperBoundTable, slot, key ^ 1, 50, 8, 16, 0, e2e4, board.pos);
-    storeBound(lowerBoundTable, slot, key, 60, 8, 16, 0, d2d4, board.pos);
-    EXPECT_EQ(upper.depthLeft, 16);
-    EXPECT_EQ(upper.storePly, 8);
-}
-
-TEST_F(SearchTables, UsableEntryChecksKeyPiecesAndPseudoLegality) {
-    board.start();
-    const size_t slot = hashIndex(board.key);
-    storeBound(lowerBoundTable, slot, board.key, 100, 8, 16, 0, e2e4, board.pos);
-    const HashEntry entry = lowerBoundTable[slot];
-    EXPECT_TRUE(usableEntry(entry, board.key, board.pos, white));
-
-    // Another key, in either half.
-    EXPECT_FALSE(usableEntry(entry, board.key ^ 1, board.pos, white));
-    EXPECT_FALSE(usableEntry(entry, board.key ^ (PositionKey{1} << 40), board.pos, white));
-    // The piece on the from-square or the to-square is not the one written.
-    HashEntry changed = entry;
-    changed.movedPiece = 2;
-    EXPECT_FALSE(usableEntry(changed, board.key, board.pos, white));
-    changed = entry;
-    changed.targetPiece = -1;
-    EXPECT_FALSE(usableEntry(changed, board.key, board.pos, white));
-    // Pieces as written, but e2e5 is no pawn move; nor is e2e4 a move for Black.
-    changed = entry;
-    changed.toRank = 4;
-    EXPECT_FALSE(usableEntry(changed, board.key, board.pos, white));
-    EXPECT_FALSE(usableEntry(entry, board.key, board.pos, black));
-}
-
-TEST_F(SearchTables, WalkShowsTheStoredMovesAndEndsWithAFullStop) {
-    board.start();
-    const Position startPos = board.pos;
-    const PositionKey startKeyHere = board.key;
-    ASSERT_EQ(startKeyHere, startKey);
-    char text[pvTextSize] = "";
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, ".");
-
-    // e2e4 stored for the start position, e7e5 for the position after it.
-    storeBound(lowerBoundTable, hashIndex(board.key), board.key, 10, 8, 16, 0, e2e4, board.pos);
+TEST_F(Book, SourceGivesOneRecordPerMoveMarkedByTheResult) {
+    EXPECT_EQ(buildBook("new white e4 e5 new black d4\n"),
+              "processing file...\nopenings book created in \"openings.dat\"\n");
     Board afterE4 = board;
     afterE4.play(white, e2e4);
-    ASSERT_NE(hashIndex(afterE4.key), hashIndex(startKeyHere));
-    storeBound(lowerBoundTable, hashIndex(afterE4.key), afterE4.key, -10, 16, 8, 0, e7e5,
-               afterE4.pos);
-
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, "-e2e4 -e7e5 .");
-    EXPECT_EQ(std::memcmp(&board.pos, &startPos, sizeof startPos), 0);
-
-    // A budget of one ply shows one move.
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 8, text);
-    EXPECT_STREQ(text, "-e2e4 .");
-    // Beyond distance 248 nothing is shown.
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 256, 248, text);
-    EXPECT_STREQ(text, ".");
-}
-
-TEST_F(SearchTables, WalkChoosesTheDeeperEntryThenTheOneNearerTheRoot) {
-    board.start();
-    const size_t slot = hashIndex(board.key);
-    char text[pvTextSize] = "";
-    // The upper-bound entry is deeper.
-    storeBound(lowerBoundTable, slot, board.key, 10, 8, 8, 0, e2e4, board.pos);
-    storeBound(upperBoundTable, slot, board.key, 20, 8, 16, 0, d2d4, board.pos);
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, "-d2d4 .");
-
-    // Equally deep: the lower-bound entry unless it was written farther from the root.
-    clearSearchTables();
-    storeBound(lowerBoundTable, slot, board.key, 10, 16, 16, 0, e2e4, board.pos);
-    storeBound(upperBoundTable, slot, board.key, 20, 8, 16, 0, d2d4, board.pos);
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, "-d2d4 .");
-    clearSearchTables();
-    storeBound(lowerBoundTable, slot, board.key, 10, 8, 16, 0, e2e4, board.pos);
-    storeBound(upperBoundTable, slot, board.key, 20, 16, 16, 0, d2d4, board.pos);
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, "-e2e4 .");
-}
-
-TEST_F(SearchTables, WalkStopsAtAnIllegalMoveOrANegativeDepth) {
-    // The white rook on e2 is pinned by the rook on e8: Re2-a2 leaves the king in check.
-    board.load("4r1k1/8/8/8/8/8/4R3/4K3 w - - 0 1");
-    const Position before = board.pos;
-    const size_t slot = hashIndex(board.key);
-    const Move e2a2 = {4, 1, 0, 1, 0};
-    const Move e2e8 = {4, 1, 4, 7, 0};
-    char text[pvTextSize] = "";
-    storeBound(lowerBoundTable, slot, board.key, 10, 8, 16, 0, e2a2, board.pos);
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, ".");
-    EXPECT_EQ(std::memcmp(&board.pos, &before, sizeof before), 0);
-
-    // Along the pin line the rook may move: Rxe8 is shown (deeper, so it replaces e2a2).
-    storeBound(lowerBoundTable, slot, board.key, 10, 8, 24, 0, e2e8, board.pos);
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, "-e2e8 .");
-    EXPECT_EQ(std::memcmp(&board.pos, &before, sizeof before), 0);
-
-    // The same entry invalidated, or written by a quiescence node: the walk stops at once.
-    invalidateEntry(lowerBoundTable, slot);
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, ".");
-    searchAge = 1; // an older entry: always replaced
-    storeBound(lowerBoundTable, slot, board.key, 10, 8, -8, 2, e2e8, board.pos);
-    ASSERT_EQ(lowerBoundTable[slot].depthLeft, -8);
-    text[0] = '\0';
-    walkPrincipalVariation(board.key, board.pos, board.lists, white, 8, 248, text);
-    EXPECT_STREQ(text, ".");
-}
-
-// ---------------------------------------------------------------------------------------------
-// Threat scan. Threat values: victim's worth minus attacker's worth / 128 (pawn 7, knight and
-// bishop 23, rook 39, queen 70).
-
-TEST_F(SearchThreatScan, KnightForkOfKingAndRook) {
-    // Ng5-f7 attacks the king on h8 and the rook on d8.
-    board.load("3r3k/5N2/8/8/8/8/8/4K3 b - - 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 6, 4, 5, 6), 2);
-    expectThreat(directThreat, 12000 - 23, 7, 7);
-    expectThreat(secondThreat, 5000 - 23, 3, 7);
-    expectThreat(discoveredThreat, 0, -1, -1);
-}
-
-TEST_F(SearchThreatScan, PawnAdvanceUncoversTheBishop) {
-    // d4-d5 opens the diagonal b2-f6 from the white bishop to the black queen.
-    board.load("k7/8/5q2/3P4/8/8/1B6/7K b - - 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 3, 3, 3, 4), 1);
-    expectThreat(discoveredThreat, 9000 - 23, 5, 5);
-    expectThreat(directThreat, 0, -1, -1);
-    expectThreat(secondThreat, 0, -1, -1);
-
-    // With a black knight on c6 the pawn on d5 attacks it as well.
-    board.load("k7/8/2n2q2/3P4/8/8/1B6/7K b - - 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 3, 3, 3, 4), 1);
-    expectThreat(discoveredThreat, 9000 - 23, 5, 5);
-    expectThreat(directThreat, 3000 - 7, 2, 5);
-    expectThreat(secondThreat, 0, -1, -1);
-}
-
-TEST_F(SearchThreatScan, SecondDiscoveredThreatIsStoredNegative) {
-    // Nd4-b3 uncovers the bishop on b2 against the queen on f6 and the rook on d1 against the
-    // rook on d8; the smaller one is the runner-up, negated as a discovered threat.
-    board.load("3r3k/8/5q2/8/8/1N6/1B6/3R3K b - - 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 3, 3, 1, 2), 1);
-    expectThreat(discoveredThreat, 9000 - 23, 5, 5);
-    expectThreat(secondThreat, -(5000 - 39), 3, 7);
-    expectThreat(directThreat, 0, -1, -1);
-}
-
-TEST_F(SearchThreatScan, RookMovingAlongTheFileUncoversNothingOnIt) {
-    // Re4-e2 along the e-file of the white queen on e1 and the black rook on e8: the rook now
-    // attacks e8 itself, but nothing is discovered on the file it ran along.
-    board.load("4r2k/8/8/8/8/8/4R3/K3Q3 b - - 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 4, 3, 4, 1), 1);
-    expectThreat(discoveredThreat, 0, -1, -1);
-    expectThreat(directThreat, 5000 - 39, 4, 7);
-    expectThreat(secondThreat, 0, -1, -1);
-
-    // Re2-b2 leaves the file: the queen on e1 now attacks the rook on e8.
-    board.load("4r2k/8/8/8/8/8/1R6/K3Q3 b - - 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 4, 1, 1, 1), 1);
-    expectThreat(discoveredThreat, 5000 - 70, 4, 7);
-    expectThreat(directThreat, 0, -1, -1);
-}
-
-TEST_F(SearchThreatScan, KingMoveOnlyDiscovers) {
-    // Ke2-d3 stands next to a black knight (no direct threat from a king) and opens the e-file
-    // from the rook on e1 to the queen on e8.
-    board.load("4q2k/8/8/8/2n5/3K4/8/4R3 b - - 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 4, 1, 3, 2), 1);
-    expectThreat(discoveredThreat, 9000 - 39, 4, 7);
-    expectThreat(directThreat, 0, -1, -1);
-    expectThreat(secondThreat, 0, -1, -1);
-}
-
-TEST_F(SearchThreatScan, QuietMoveResetsAllRecords) {
-    discoveredThreat = {5, 1, 1};
-    directThreat = {6, 2, 2};
-    secondThreat = {-7, 3, 3};
-    // 1. e4: the pawn attacks the empty d5 and f5; nothing is uncovered.
-    board.load("rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1");
-    EXPECT_EQ(threatScan(board.pos, white, 4, 1, 4, 3), 0);
-    expectThreat(discoveredThreat, 0, -1, -1);
-    expectThreat(directThreat, 0, -1, -1);
-    expectThreat(secondThreat, 0, -1, -1);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Draw tests of the search
-
-TEST_F(SearchDraws, TooLittleMaterialIsADrawAtOnce) {
-    fullWidthDepth = 16;
-    // King and bishop against a bare king, either side to move, either test bound.
-    board.load("8/8/8/4k3/8/8/8/3BK3 w - - 0 1");
-    const size_t slot = hashIndex(board.key);
-    int64_t nodes = nodeCount;
-    EXPECT_EQ(search(white, 16, 1, 8, 0), 0);
-    EXPECT_EQ(search(white, 16, -1, 8, 0), 0);
-    EXPECT_EQ(nodeCount, nodes + 2); // one node per call, nothing beyond
-    EXPECT_EQ(lowerBoundTable[slot].movedPiece, 100);
-    EXPECT_EQ(upperBoundTable[slot].movedPiece, 100);
-    // King and knight on the black side, black to move.
-    board.load("8/8/8/3nk3/8/8/8/4K3 b - - 0 1");
-    nodes = nodeCount;
-    EXPECT_EQ(search(black, 16, 1, 8, 0), 0);
-    EXPECT_EQ(nodeCount, nodes + 1);
-
-    // King and three pawns also make 15000 but are played on; so are a minor piece each.
-    board.load("8/8/8/4k3/8/8/PPP5/4K3 w - - 0 1");
-    nodes = nodeCount;
-    search(white, 16, 1, 8, 0);
-    EXPECT_GT(nodeCount, nodes + 1);
-    board.load("8/8/8/3nk3/8/8/8/3BK3 w - - 0 1");
-    nodes = nodeCount;
-    search(white, 16, 1, 8, 0);
-    EXPECT_GT(nodeCount, nodes + 1);
-}
-
-// King and queen against king, white to move: searched, the value is far above 1.
-constexpr const char* queenUp = "4k3/8/8/8/8/8/8/3QK3 w - - 0 1";
-
-TEST_F(SearchDraws, ThirdOccurrenceIsADraw) {
-    fullWidthDepth = 16;
-    board.load(queenUp);
-    const size_t slot = hashIndex(board.key);
-    // Entries of another key in the node's slot, to see that nothing is written.
-    storeBound(lowerBoundTable, slot, board.key ^ 1, 0, 8, 0, 0, d2d4, board.pos);
-    storeBound(upperBoundTable, slot, board.key ^ 1, 0, 8, 0, 0, d2d4, board.pos);
-
-    // keyCount 8 is the parent's key; with 8 plies since the last capture or pawn move the
-    // positions with White to move are entries 1, 3, 5 and 7.
-    fillHistory(8, 8);
-    game.search.keyHistory[3] = board.key;
-    game.search.keyHistory[7] = board.key;
-    const int64_t nodes = nodeCount;
-    EXPECT_EQ(search(white, 16, 1, 8, 0), 0);
-    EXPECT_EQ(nodeCount, nodes + 1);
-    EXPECT_EQ(lowerBoundTable[slot].depthLeft, 0);
-    EXPECT_EQ(upperBoundTable[slot].depthLeft, 0);
-    EXPECT_EQ(game.search.keyCount, 8);
-
-    // A counter of 5 is rounded down to 4: entries 5 and 7.
-    fillHistory(8, 5);
-    game.search.keyHistory[5] = board.key;
-    game.search.keyHistory[7] = board.key;
-    EXPECT_EQ(search(white, 16, 1, 8, 0), 0);
-}
-
-TEST_F(SearchDraws, RepetitionsOutsideTheWindowDoNotCount) {
-    fullWidthDepth = 16;
-    board.load(queenUp);
-    // 4 plies since the last capture or pawn move: only entries 5 and 7 are compared, so the
-    // key in entry 3 is too old.
-    fillHistory(8, 4);
-    game.search.keyHistory[3] = board.key;
-    game.search.keyHistory[7] = board.key;
-    int64_t nodes = nodeCount;
-    EXPECT_GT(search(white, 16, 1, 8, 0), 1);
-    EXPECT_GT(nodeCount, nodes + 1);
-
-    // Entries 4 and 6 are positions with Black to move.
-    clearSearchTables();
-    fillHistory(8, 8);
-    game.search.keyHistory[4] = board.key;
-    game.search.keyHistory[6] = board.key;
-    nodes = nodeCount;
-    EXPECT_GT(search(white, 16, 1, 8, 0), 1);
-    EXPECT_GT(nodeCount, nodes + 1);
-    EXPECT_EQ(game.search.keyCount, 8);
-    EXPECT_EQ(game.search.fiftyMoveCounter, 8);
-}
-
-TEST_F(SearchDraws, SecondOccurrenceIsSearchedButLeavesBothSlotsInvalidated) {
-    fullWidthDepth = 16;
-    board.load(queenUp);
-    const size_t slot = hashIndex(board.key);
-
-    // First the ordinary case: the node's lower bound is stored in its slot.
-    fillHistory(8, 8);
-    EXPECT_GT(search(white, 16, 1, 8, 0), 1);
-    EXPECT_EQ(lowerBoundTable[slot].keyLow, static_cast<uint32_t>(board.key));
-    EXPECT_EQ(lowerBoundTable[slot].depthLeft, 8);
-    EXPECT_EQ(lowerBoundTable[slot].storePly, 8);
-
-    // Seen once before: searched, then both entries of the slot are freed, whatever their key.
-    clearSearchTables();
-    storeBound(lowerBoundTable, slot, board.key ^ 1, 0, 8, 0, 0, d2d4, board.pos);
-    storeBound(upperBoundTable, slot, board.key ^ 1, 0, 8, 0, 0, d2d4, board.pos);
-    fillHistory(8, 8);
-    game.search.keyHistory[7] = board.key;
-    const int64_t nodes = nodeCount;
-    EXPECT_GT(search(white, 16, 1, 8, 0), 1);
-    EXPECT_GT(nodeCount, nodes + 1);
-    expectInvalidated(lowerBoundTable[slot]);
-    expectInvalidated(upperBoundTable[slot]);
-    EXPECT_EQ(game.search.keyCount, 8);
-}
-
-TEST_F(SearchDraws, FiftyMovesComeBeforeTheTables) {
-    fullWidthDepth = 16;
-    board.load(queenUp);
-    const size_t slot = hashIndex(board.key);
-    // A deep stored lower bound of 5000 (Qd1-d7 as its move) would answer the node at once.
-    const Move d1d7 = {3, 0, 3, 6, 0};
-    storeBound(lowerBoundTable, slot, board.key, 5000, 8, 100, 0, d1d7, board.pos);
-    searchAge = 5;
-
-    fillHistory(100, 100);
-    EXPECT_EQ(search(white, 16, 1, 8, 0), 0);
-    EXPECT_EQ(lowerBoundTable[slot].age, 0); // not even looked at
-
-    fillHistory(100, 99);
-    EXPECT_EQ(search(white, 16, 1, 8, 0), 5000);
-    EXPECT_EQ(lowerBoundTable[slot].age, 5); // used, so refreshed
-}
-
-// ---------------------------------------------------------------------------------------------
-// Mate, stalemate and futility
-
-TEST_F(SearchLeafValues, MateAndStalemate) {
-    fullWidthDepth = 16;
-    // Back-rank mate: Black's pawn moves all leave the king on g8 in check.
-    board.load("R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1");
-    const size_t slot = hashIndex(board.key);
-    EXPECT_EQ(search(black, 40, -1, 24, 2), 24 - 1000000);
-    EXPECT_EQ(lowerBoundTable[slot].movedPiece, 100); // nothing stored
-    EXPECT_EQ(upperBoundTable[slot].movedPiece, 100);
-    // Also deep in quiescence (remaining depth -8), with the captures only.
-    EXPECT_EQ(search(black, 16, -1, 24, 2, capturesOnly), 24 - 1000000);
-
-    // Stalemate: the king on a8 has no square, and Black has nothing else.
-    board.load("k7/2Q5/1K6/8/8/8/8/8 b - - 0 1");
-    EXPECT_EQ(search(black, 40, -1, 24, 0), 0); // remaining depth 16
-    EXPECT_EQ(search(black, 24, 1, 24, 0), 0);  // remaining depth 0: level 1
-    EXPECT_EQ(search(black, 17, 1, 24, 0), 0);  // remaining depth -7: level 1
-    // Remaining depth -8: level 2, where no move means no capture, not stalemate.
-    EXPECT_EQ(search(black, 16, -1, 24, 0), -1000000000);
-
-    // No capture in the start position at level 2.
-    board.start();
-    EXPECT_EQ(search(white, 0, -1, 8, 0, capturesOnly), -1000000000);
-}
-
-// White has a bare king (two quiet king moves, Ka1-b1 and Ka1-b2) against queen and rook.
-constexpr const char* farBehind = "7k/7r/8/3q4/8/8/8/K7 w - - 0 1";
-
-TEST_F(SearchLeafValues, FutilityPrunesQuietMovesNearTheHorizon) {
-    // Iteration depth 8: the child depth limit is at least 4. A quiet king move that threatens
-    // nothing is reduced by 3: depth limit 10 gives the child 7, and 7 <= distance 8 < 15.
-    fullWidthDepth = 8;
-    board.load(farBehind);
-    MoveList moves;
-    ASSERT_EQ(generateMoves(white, moves, board.pos, board.lists, allMoves), 1);
-
-    int64_t nodes = nodeCount;
-    // Down a queen and a rook the static value is far below -1 - 6000.
-    EXPECT_EQ(search(white, 10, -1, 8, 0), -1 - 6001);
-    // The node and its own static evaluation; no child visited or evaluated.
-    EXPECT_EQ(nodeCount, nodes + 2);
-
-    // Depth limit 13: the child gets 10, and 10 - 8 <= 8 < 10: the two-ply margin of 12000.
-    clearSearchTables();
-    nodes = nodeCount;
-    EXPECT_EQ(search(white, 13, -1, 8, 0), -1 - 12001);
-    EXPECT_EQ(nodeCount, nodes + 2);
-
-    // A test bound far below the static value: the moves are looked at.
-    clearSearchTables();
-    nodes = nodeCount;
-    const int32_t value = search(white, 10, -2000001, 8, 0);
-    EXPECT_GT(value, -2000001);
-    EXPECT_NE(value, -2000001 - 6001);
-    EXPECT_GT(nodeCount, nodes + 2);
-}
-
-// ---------------------------------------------------------------------------------------------
-// En passant is a capture of a pawn wherever the search asks what a move takes
-
-// Black has just played d7-d5 beside White's pawn on e5; nothing can retake on d6.
-constexpr const char* enPassantOpen = "4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1";
-constexpr Move e5d6 = {4, 4, 3, 5, 0};
-
-TEST_F(SearchLeafValues, EnPassantIsOrderedAsACaptureInDeepQuiescence) {
-    board.load(enPassantOpen);
-    // Victim pawn 1000 × 128 less the mover pawn 1000.
-    EXPECT_EQ(captureOrderScore(board.pos, white, e5d6), 127000);
-}
-
-TEST_F(SearchLeafValues, EnPassantGetsTheOrderingsCaptureTerm) {
-    board.load(enPassantOpen);
-    MoveList moves;
-    const int32_t last = generateMoves(white, moves, board.pos, board.lists, allMoves);
-    int32_t identity[maxMoves];
-    int64_t scores[maxMoves];
-    int32_t at = -1;
-    for (int32_t i = 0; i <= last; ++i) {
-        identity[i] = i;
-        if (sameMove(moves.moves[i], e5d6)) at = i;
-    }
-    ASSERT_GE(at, 0);
-    NodeAttacks attacks;
-    const Ordering o = scoreMoves(board.key, board.material, 1, 8, 16, white, moves, last, identity,
-                                  0, noValue, scores, attacks, board.pos, board.lists);
-    EXPECT_FALSE(o.cutoff);
-    // Empty tables and history: (2 × 1000 + exchange 0) × 2048 − 1000 × 32.
-    EXPECT_EQ(scores[at], 4064000);
-}
-
-TEST_F(SearchLeafValues, EnPassantIsNeverPrunedAsAQuietMove) {
-    // White's king on a1 has no square (rook b8, queen h2) and the e-pawn is blocked: exd6 is
-    // White's only move, far behind. A quiet move here is pruned (see the test above); a
-    // capture is searched.
-    fullWidthDepth = 8;
-    board.load("1r5k/8/4b3/3pP3/8/8/7q/K7 w - d6 0 1");
-    MoveList moves;
-    ASSERT_EQ(generateMoves(white, moves, board.pos, board.lists, allMoves), 0);
-    const int64_t nodes = nodeCount;
-    EXPECT_NE(search(white, 10, -1, 8, 0), -1 - 6001);
-    EXPECT_GT(nodeCount, nodes + 2);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Driver shortcuts
-
-// White: Ka1, Pe4, Nh1 against Ke8 and a hanging queen on d5. The knight has the highest list
-// slot, so its moves come first; exd5 wins the queen and is the best move by static score.
-constexpr const char* hangingQueen = "4k3/8/8/3q4/4P3/8/8/K6N w - - 0 1";
-constexpr Move e4d5 = {4, 3, 3, 4, 0};
-
-TEST_F(SearchDriverShortcuts, SingleLegalMoveIsReturnedWithoutSearch) {
-    bookEnabled = 0;
-    fullWidthDepth = 24;
-    // Kh1 with the black rook on the second rank: only Kg1.
-    board.load("k7/8/8/8/8/8/r7/7K w - - 0 1");
-    MoveList moves;
-    ASSERT_EQ(generateLegalMoves(white, moves, board.pos, allMoves), 0);
-    std::string output;
-    EXPECT_EQ(drive(white, output), 0);
-    EXPECT_EQ(output.rfind("current best-first move list with respective evaluation:\nh1g1 =", 0),
-              0u)
-        << output;
-    EXPECT_NE(output.find("- time for this move: ? sec -"), std::string::npos);
-    EXPECT_EQ(output.find("new iteration"), std::string::npos) << output;
-    EXPECT_EQ(fullWidthDepth, 24);
-}
-
-TEST_F(SearchDriverShortcuts, OnePlyWithoutTimeLimitPlaysTheStaticBest) {
-    bookEnabled = 0;
-    fullWidthDepth = 8;
-    searchTimeLimit = 0;
-    board.load(hangingQueen);
-    MoveList moves;
-    const int32_t last = generateLegalMoves(white, moves, board.pos, allMoves);
-    const int32_t capture = indexOf(moves, last, e4d5);
-    ASSERT_GT(capture, 0);
-    std::string output;
-    EXPECT_EQ(drive(white, output), capture);
-    EXPECT_EQ(output.rfind("current best-first move list with respective evaluation:\ne4d5 =", 0),
-              0u)
-        << output;
-    EXPECT_EQ(output.find("new iteration"), std::string::npos) << output;
-    EXPECT_EQ(fullWidthDepth, 8);
-
-    // Two plies (and a time limit of -1000, so that the clock refuses the next iteration):
-    // one iteration is searched and reported.
-    fullWidthDepth = 16;
-    searchTimeLimit = -1000;
-    EXPECT_EQ(drive(white, output), capture);
-    EXPECT_NE(output.find("new iteration with depth 2\n"), std::string::npos) << output;
-    EXPECT_EQ(output.find("new iteration with depth 3"), std::string::npos) << output;
-    EXPECT_EQ(fullWidthDepth, 16);
-    EXPECT_EQ(searchTimeLimit, -1000);
-}
-
-// ---------------------------------------------------------------------------------------------
-// Opening book
-
-TEST_F(SearchBook, SourceGivesOneRecordPerMove) {
-    const std::string output = buildBook("new white e4 e5 new black d4\n");
-    EXPECT_EQ(output, "processing file...\nopenings book created in \"openings.dat\"\n");
-    board.start();
-    Board afterE4 = board;
-    afterE4.play(white, e2e4);
-    ASSERT_EQ(afterE4.key, computeKey(afterE4.pos));
-    EXPECT_EQ(readFile("openings.dat"), "2129221332 3019585587 1 4 1 4 3 0\n" +
-                                            record(afterE4.key, 1, e7e5) +
-                                            "2129221332 3019585587 -1 3 1 3 3 0\n");
-}
-
-TEST_F(SearchBook, MovesOfLostGamesAreNeverPlayed) {
-    buildBook("new white e4 e5 new black d4\n");
+    EXPECT_EQ(readFile("openings.dat"), startKeyText + " 1 4 1 4 3 0\n" +
+                                            record(afterE4.key, 1, e7e5) + startKeyText +
+                                            " -1 3 1 3 3 0\n");
+    // White at the start: e4 from a won game (1 x 1), never d4 (-1 x 1), whatever the order.
     MoveList moves;
     int32_t last = 0;
-    // White at the start: e4 from a won game (1 x 1), never d4 (-1 x 1).
-    board.start();
     for (int32_t i = 0; i < 50; ++i) {
         const int32_t chosen = probe(white, moves, last);
         ASSERT_GE(chosen, 0);
         ASSERT_TRUE(sameMove(moves.moves[chosen], e2e4)) << i;
     }
-    // The index is that of the move list, whatever the order array: reversed here.
     for (int32_t i = 0; i <= last; ++i)
         order[i] = last - i;
     EXPECT_EQ(probeBook(board.key, white, moves, order, last), indexOf(moves, last, e2e4));
-
     // Black after 1. e4: e5 comes from a game White won (1 x -1): no book move.
     board.play(white, e2e4);
     EXPECT_EQ(probe(black, moves, last), noBookMove);
 }
 
-TEST_F(SearchBook, EquallyMarkedMovesAreChosenUniformly) {
-    board.start();
+TEST_F(Book, EquallyMarkedMovesAreChosenUniformly) {
     writeFile("openings.dat", record(board.key, 1, e2e4) + record(board.key, 1, d2d4));
     MoveList moves;
     int32_t last = 0;
-    int32_t e4Count = 0;
-    int32_t d4Count = 0;
+    int32_t counts[2] = {0, 0};
     for (int32_t i = 0; i < 400; ++i) {
         const int32_t chosen = probe(white, moves, last);
         ASSERT_GE(chosen, 0);
-        e4Count += sameMove(moves.moves[chosen], e2e4);
-        d4Count += sameMove(moves.moves[chosen], d2d4);
+        counts[0] += sameMove(moves.moves[chosen], e2e4);
+        counts[1] += sameMove(moves.moves[chosen], d2d4);
     }
-    EXPECT_EQ(e4Count + d4Count, 400);
-    // About 200 each; a band of 30 to 70 percent.
-    EXPECT_GE(e4Count, 120);
-    EXPECT_GE(d4Count, 120);
+    EXPECT_EQ(counts[0] + counts[1], 400);
+    EXPECT_GE(counts[0], 120); // about 200 each; a band of 30 to 70 percent
+    EXPECT_GE(counts[1], 120);
 }
 
-TEST_F(SearchBook, CommentsAndUnknownTokensAreEchoed) {
+// A comment's first token is not repeated, the rest of its line is; an unknown token is echoed
+// and changes nothing; tokens and comment lines are cut to 49 characters.
+TEST_F(Book, CommentsAndUnknownTokensAreEchoed) {
     std::string output = buildBook("#opening lines of a test\nnew white e4 Zz9 e5\n");
-    // The comment's first token is not repeated; the rest of its line is.
     EXPECT_NE(output.find("# lines of a test\n"), std::string::npos) << output;
     EXPECT_EQ(output.find("#opening"), std::string::npos) << output;
     EXPECT_NE(output.find("Zz9 "), std::string::npos) << output;
-    // The unknown token changes nothing: e5 is still Black's reply to e4.
-    board.start();
     board.play(white, e2e4);
     EXPECT_EQ(readFile("openings.dat"),
-              "2129221332 3019585587 1 4 1 4 3 0\n" + record(board.key, 1, e7e5));
-
-    // A 200-character token is cut to 49 characters and echoed once; e4 still follows it.
-    const std::string longToken(200, 'x');
-    output = buildBook("new white " + longToken + " e4\n");
+              startKeyText + " 1 4 1 4 3 0\n" + record(board.key, 1, e7e5));
+    output = buildBook("new white " + std::string(200, 'x') + " e4\n");
     EXPECT_NE(output.find(std::string(49, 'x') + " "), std::string::npos) << output;
     EXPECT_EQ(output.find(std::string(50, 'x')), std::string::npos) << output;
-    EXPECT_EQ(readFile("openings.dat"), "2129221332 3019585587 1 4 1 4 3 0\n");
-    // A 200-character comment line is cut as well.
+    EXPECT_EQ(readFile("openings.dat"), startKeyText + " 1 4 1 4 3 0\n");
     output = buildBook("# " + std::string(200, 'y') + "\nnew white e4\n");
     EXPECT_NE(output.find("# " + std::string(48, 'y') + "\n"), std::string::npos) << output;
     EXPECT_EQ(output.find(std::string(49, 'y')), std::string::npos) << output;
 }
 
-TEST_F(SearchBook, DriverAsksTheBookFirst) {
+TEST_F(Book, DriverAsksTheBookFirst) {
     game.search.output = SearchOutput::xboard; // no static list
     fullWidthDepth = 8;
-    searchTimeLimit = 0;
     bookEnabled = 1;
-    board.start();
     writeFile("openings.dat", record(board.key, 1, d2d4));
     MoveList moves;
     int32_t last = generateLegalMoves(white, moves, board.pos, allMoves);
     std::string output;
     EXPECT_EQ(drive(white, output), indexOf(moves, last, d2d4));
     EXPECT_EQ(output, "");
-
     // An empty book names no move: the search goes on to its shortcut, the static best.
-    board.load(hangingQueen);
+    board = Board(hangingQueen);
     last = generateLegalMoves(white, moves, board.pos, allMoves);
     writeFile("openings.dat", "");
     int32_t probeLast = 0;
     EXPECT_EQ(probe(white, moves, probeLast), noBookMove);
-    EXPECT_EQ(drive(white, output), indexOf(moves, last, e4d5));
+    EXPECT_EQ(drive(white, output), indexOf(moves, last, mv("e4d5")));
     EXPECT_EQ(output, "");
-
     // A missing book: the error line and the first move of the list, not the static best.
     std::remove("openings.dat");
     EXPECT_EQ(probe(white, moves, probeLast), bookMissing);

@@ -1,0 +1,236 @@
+// The console program's parts: game-end adjudication on hand-made game records, the word reader
+// on standard input, and the board and last-move lines.
+#include <climits>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "core/movegen.h"
+#include "helpers.h"
+#include "ui/display.h"
+#include "ui/gameend.h"
+#include "ui/input.h"
+#include "ui/record.h"
+
+namespace {
+
+// ---- game end -----------------------------------------------------------------------------------
+
+class GameEnd : public ::testing::Test {
+protected:
+    void SetUp() override { resetGameState(game); }
+
+    // A game whose start is `fen`, the user playing White against the engine.
+    void setUpFen(const char* fen) {
+        game.position = fromFen(fen);
+        game.turn = game.position.sideToMove;
+        game.userSide = white;
+        game.plyCount = 0;
+        game.search.keyCount = 0;
+        game.search.fiftyMoveCounter = 0;
+        derivePositionState(game.position, game.search.keyHistory[0], game.lists, game.material);
+    }
+
+    // The lines checkGameEnd prints, after the legal moves are built as the loop builds them.
+    std::string adjudicate() {
+        game.lastLegalIndex =
+            generateLegalMoves(game.turn, game.legalMoves, game.position, allMoves);
+        return captureStdout([&] { checkGameEnd(game); });
+    }
+
+    GameState game;
+};
+
+// Mate and stalemate stop the engine in every mode; a draw stops it only in console mode, and
+// xboard mode only hears the line. King and three pawns (15000, like a minor piece) play on.
+TEST_F(GameEnd, MatesAndMaterialDraws) {
+    const char* const noMaterial = "1/2-1/2 {Neither player has mating material}\n";
+    const struct {
+        const char* fen;
+        int32_t xboard;
+        const char* lines;
+        bool stops;
+    } cases[] = {
+        {"rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3", 0, "0-1 {Black mates}\n",
+         true},
+        {"R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1", 1, "1-0 {White mates}\n", true},
+        {"k7/2Q5/1K6/8/8/8/8/8 b - - 0 1", 0, "1/2-1/2 {Stalemate}\n", true},
+        {"8/8/8/4k3/8/8/8/4K3 w - - 0 1", 0, noMaterial, true},
+        {"8/8/8/4k3/8/8/8/3BK3 w - - 0 1", 0, noMaterial, true},
+        {"8/8/8/3nk3/8/8/8/4K3 b - - 0 1", 0, noMaterial, true},
+        {"8/8/8/4k3/8/8/8/4K3 w - - 0 1", 1, noMaterial, false},
+        {"8/8/8/4k3/8/8/PPP5/4K3 w - - 0 1", 0, "", false},
+        {"8/8/8/3nk3/8/8/8/3NK3 w - - 0 1", 0, "", false},
+    };
+    for (const auto& c : cases) {
+        game.xboardMode = c.xboard;
+        setUpFen(c.fen);
+        EXPECT_EQ(adjudicate(), c.lines) << c.fen;
+        EXPECT_EQ(game.userSide, c.stops ? 0 : white) << c.fen;
+        EXPECT_EQ(game.lastLegalIndex == -1, c.stops) << c.fen;
+    }
+}
+
+TEST_F(GameEnd, FiftyMoves) {
+    setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
+    for (int32_t i = 0; i <= 100; ++i)
+        game.search.keyHistory[i] = i + 1; // no repetition
+    game.search.keyCount = 99;
+    game.search.fiftyMoveCounter = 99;
+    EXPECT_EQ(adjudicate(), "");
+    game.search.keyCount = 100;
+    game.search.fiftyMoveCounter = 100;
+    EXPECT_EQ(adjudicate(), "1/2-1/2 {Rule of 50 moves}\n");
+    EXPECT_EQ(game.lastLegalIndex, -1);
+}
+
+// Two earlier occurrences with the same side to move (even distance) since the last capture or
+// pawn move make the third.
+TEST_F(GameEnd, RepetitionCountsOnlySameSidePositionsSinceTheLastIrreversibleMove) {
+    setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
+    const PositionKey now = game.search.keyHistory[0];
+    const struct {
+        int32_t fifty;
+        int32_t repeated[3]; // the entries 0..7 holding the current key
+        const char* lines;
+    } cases[] = {
+        {8, {0, 4, -1}, "1/2-1/2 {Draw by repetition}\n"},
+        {6, {0, 4, -1}, ""}, // a pawn move or capture six plies ago
+        {8, {3, 5, -1}, ""}, // the other side to move
+    };
+    for (const auto& c : cases) {
+        for (int32_t i = 0; i < 8; ++i)
+            game.search.keyHistory[i] = 100 + i;
+        for (const int32_t entry : c.repeated) {
+            if (entry >= 0) game.search.keyHistory[entry] = now;
+        }
+        game.search.keyHistory[8] = now;
+        game.search.keyCount = 8;
+        game.search.fiftyMoveCounter = c.fifty;
+        game.userSide = white;
+        EXPECT_EQ(adjudicate(), c.lines) << c.fifty << " " << c.repeated[0];
+        EXPECT_EQ(game.lastLegalIndex == -1, *c.lines != '\0');
+    }
+}
+
+// ---- the word reader ----------------------------------------------------------------------------
+
+// Each test puts a pipe holding its text on descriptor 0.
+class Input : public ::testing::Test {
+protected:
+    void SetUp() override { savedStdin = dup(0); }
+    void TearDown() override {
+        dup2(savedStdin, 0);
+        close(savedStdin);
+        resetInput();
+    }
+
+    // Standard input becomes a pipe holding `text`, closed behind it unless `keepOpen`; returns
+    // the writing end when kept open.
+    int feed(const std::string& text, bool keepOpen = false) {
+        int ends[2];
+        EXPECT_EQ(pipe(ends), 0);
+        EXPECT_EQ(write(ends[1], text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        if (!keepOpen) close(ends[1]);
+        dup2(ends[0], 0);
+        close(ends[0]);
+        resetInput();
+        return keepOpen ? ends[1] : -1;
+    }
+
+    std::string nextWord() {
+        char word[inputWordSize];
+        return readWord(word) ? std::string(word) : std::string("<end>");
+    }
+
+    int savedStdin = -1;
+};
+
+// Words are separated by any white space; an overlong word is cut to 511 characters and the rest
+// of it discarded.
+TEST_F(Input, Words) {
+    feed("  e4\te5\r\n\n Nf3  \vquit " + std::string(600, 'x') + " next");
+    for (const std::string& word : std::vector<std::string>{
+             "e4", "e5", "Nf3", "quit", std::string(511, 'x'), "next", "<end>", "<end>"})
+        EXPECT_EQ(nextWord(), word);
+}
+
+// Numbers are read as "%ld" would: a number at the start of a word is taken and the rest of the
+// word stays; no number consumes nothing and leaves the value alone; out of range is clamped.
+TEST_F(Input, NumbersAreReadLikeScanfLong) {
+    feed("12 -7\n+3 40moves x -y 99999999999999999999 -99999999999999999999");
+    for (const long expected : {12L, -7L, 3L, 40L}) {
+        long n = 0;
+        ASSERT_TRUE(readLong(n));
+        EXPECT_EQ(n, expected);
+    }
+    EXPECT_EQ(nextWord(), "moves");
+    long n = 5;
+    EXPECT_FALSE(readLong(n));
+    EXPECT_EQ(n, 5);
+    EXPECT_EQ(nextWord(), "x");
+    EXPECT_FALSE(readLong(n));
+    EXPECT_EQ(nextWord(), "-y");
+    ASSERT_TRUE(readLong(n));
+    EXPECT_EQ(n, LONG_MAX);
+    ASSERT_TRUE(readLong(n));
+    EXPECT_EQ(n, LONG_MIN);
+    EXPECT_FALSE(readLong(n));
+}
+
+// Input waits while bytes are on the pipe or buffered unread, and at the end of input (a read
+// would not block); not on an open empty pipe, nor for the line end behind a word read; a new
+// line, even an empty one, is a key pressed.
+TEST_F(Input, WaitingInput) {
+    feed("go stop");
+    EXPECT_TRUE(inputWaiting());
+    EXPECT_EQ(nextWord(), "go");
+    EXPECT_TRUE(inputWaiting());
+    EXPECT_EQ(nextWord(), "stop");
+    EXPECT_EQ(nextWord(), "<end>");
+    EXPECT_TRUE(inputWaiting());
+
+    const int writer = feed("", true);
+    EXPECT_FALSE(inputWaiting());
+    ASSERT_EQ(write(writer, "e4\n", 3), 3);
+    EXPECT_TRUE(inputWaiting());
+    EXPECT_EQ(nextWord(), "e4");
+    EXPECT_FALSE(inputWaiting());
+    ASSERT_EQ(write(writer, "\n", 1), 1);
+    EXPECT_TRUE(inputWaiting());
+    close(writer);
+}
+
+// ---- the display --------------------------------------------------------------------------------
+
+TEST(Display, BlackAtTheBottomReadsFilesHToA) {
+    static GameState game;
+    resetGameState(game);
+    // Rank 1 on top, h1 first: h1 is a light square, so its rook shows as " R".
+    const std::string border = "   +---+---+---+---+---+---+---+---+\n";
+    const std::string files = "     h   g   f   e   d   c   b   a\n";
+    const char* const ranks[] = {
+        " 1 | R |.N | B |.K | Q |.B | N |.R | 1\n", " 2 |.@ | @ |.@ | @ |.@ | @ |.@ | @ | 2\n",
+        " 3 |   | . |   | . |   | . |   | . | 3\n", " 4 | . |   | . |   | . |   | . |   | 4\n",
+        " 5 |   | . |   | . |   | . |   | . | 5\n", " 6 | . |   | . |   | . |   | . |   | 6\n",
+        " 7 | * |.* | * |.* | * |.* | * |.* | 7\n", " 8 |.r | n |.b | k |.q | b |.n | r | 8\n"};
+    std::string expected = "\n" + files + border;
+    for (const char* rank : ranks)
+        expected += rank + border;
+    EXPECT_EQ(captureStdout([&] { showBoard(game.position, -1); }), expected + files);
+}
+
+TEST(Display, LastMoveLines) {
+    static GameState game;
+    resetGameState(game);
+    const auto shown = [&] { return captureStdout([&] { showLastMove(game); }); };
+    EXPECT_EQ(shown(), "White to move\n");
+    playMove(game, mv("e2e4"));
+    game.turn = black;
+    EXPECT_EQ(shown(), "  1. e2e4  is the last move\nBlack to move\n");
+    playMove(game, mv("e7e5"));
+    game.turn = white;
+    EXPECT_EQ(shown(), "  1. ... e7e5  is the last move\nWhite to move\n");
+}
+
+} // namespace
