@@ -2,7 +2,9 @@
 // the first pass (piece-square values, attacks, batteries, pins, forks, the attack map), the
 // second pass of each kind of piece (mobility, defence, threats, pawns' paths, kings' shelter)
 // and the settling of threats.
-#include <climits>
+#include <map>
+#include <sstream>
+#include <string>
 
 #include "eval/evaluate.h"
 #include "eval/values.h"
@@ -10,8 +12,6 @@
 #include "helpers.h"
 
 namespace {
-
-constexpr int32_t any = INT_MIN; // a figure a row leaves unchecked
 
 // The first pass as the evaluation runs it, with the second pass's running values set up:
 // effectivePhase 6 without pieces, kingSafetyWeight 7 - 2 * phase with pieces up to phase 3.
@@ -50,11 +50,38 @@ EvalWork bothPasses(const Board& b, Side toMove) {
     return w;
 }
 
-void expectFigure(int32_t actual, int32_t expected, const char* what) {
-    if (expected != any) EXPECT_EQ(actual, expected) << what;
+// Checks words against the work record: a kind word (value, balance, cheapestWhite,
+// cheapestBlack, pinned) and then "square=figure" words of that kind ("-" for no attacker), or
+// a total or threat: blackTotal=, whiteTotal=, threat1=, threat2=, other=, threatSquare=.
+void expectFigures(const EvalWork& w, const std::string& text) {
+    std::istringstream words(text);
+    std::string kind;
+    for (std::string word; words >> word;) {
+        const size_t at = word.find('=');
+        if (at == std::string::npos) {
+            kind = word;
+            continue;
+        }
+        const std::string name = word.substr(0, at);
+        const std::string figure = word.substr(at + 1);
+        const int32_t q = at == 2 ? sq(name.c_str()) : 0;
+        const std::map<std::string, int32_t> actual = {{"value", w.squareValue[q]},
+                                                       {"balance", w.attackBalance[q]},
+                                                       {"cheapestWhite", w.leastAttacker[q][1]},
+                                                       {"cheapestBlack", w.leastAttacker[q][0]},
+                                                       {"pinned", w.pinnedFlag[q]},
+                                                       {"blackTotal", w.total[0]},
+                                                       {"whiteTotal", w.total[1]},
+                                                       {"threat1", w.threat1},
+                                                       {"threat2", w.threat2},
+                                                       {"other", w.otherThreat},
+                                                       {"threatSquare", w.threat1Square}};
+        const int32_t expected = figure == "-"      ? noAttacker
+                                 : figure[0] >= 'a' ? sq(figure.c_str())
+                                                    : std::stoi(figure);
+        EXPECT_EQ(actual.at(at == 2 ? kind : name), expected) << word;
+    }
 }
-
-// ---- material and the lazy cut-off --------------------------------------------------------------
 
 // The scale rises to its top at index 591 and falls after; entries whose exact value is a whole
 // number come out one lower in extended precision (225, 325, 800, 900).
@@ -72,7 +99,6 @@ TEST(MaterialScale, Entries) {
     EXPECT_GT(materialScale[700], materialScale[800]);
 }
 
-// The entries of (material - 12000) / 128 of each side, White's less Black's.
 TEST(MaterialScale, MaterialTerm) {
     const struct {
         Material material;
@@ -86,250 +112,170 @@ TEST(MaterialScale, MaterialTerm) {
         {{{48000, 51000}}, 38889 - 35940},
     };
     for (const auto& c : cases)
-        EXPECT_EQ(materialTerm(c.material), c.term)
-            << c.material.sum[0] << " " << c.material.sum[1];
-    const Board start;
-    EXPECT_EQ(evaluate(start.material, start.pos, start.lists, white, 0), 0);
-    EXPECT_EQ(evaluate(start.material, start.pos, start.lists, black, 0), 0);
+        EXPECT_EQ(materialTerm(c.material), c.term) << c.material.sum[0];
 }
 
-TEST(Evaluate, LazyCutOffBoundaries) {
-    const Board s;
-    ASSERT_EQ(lazyMargin, 1200);
-    const int64_t nodesBefore = nodeCount;
-    positionalTotal[0] = 111;
-    positionalTotal[1] = 222;
-    // 2 * (0 + 1200) < 2401 fails low at once, 2 * (0 - 1200) > -2401 high; the totals stay.
-    EXPECT_EQ(evaluate(s.material, s.pos, s.lists, white, 2401), 1200);
-    EXPECT_EQ(evaluate(s.material, s.pos, s.lists, white, -2401), -1200);
-    EXPECT_EQ(positionalTotal[0], 111);
-    EXPECT_EQ(positionalTotal[1], 222);
-    // Equality never cuts: the full evaluation, 2642 a side (see the start piece by piece).
-    EXPECT_EQ(evaluate(s.material, s.pos, s.lists, white, 2400), 0);
-    EXPECT_EQ(positionalTotal[0], 2642);
-    EXPECT_EQ(positionalTotal[1], 2642);
-    positionalTotal[1] = 7;
-    EXPECT_EQ(evaluate(s.material, s.pos, s.lists, white, -2400), 0);
-    EXPECT_EQ(positionalTotal[1], 2642);
-    EXPECT_EQ(nodeCount - nodesBefore, 4);
+// The lazy cut-off answers material +- lazyMargin, leaving the totals, when twice that estimate
+// fails the bound (equality never cuts); bound 0 always evaluates in full, one node each.
+TEST(Evaluate, LazyCutOff) {
+    const char* const kings = "4k3/8/8/8/4K3/8/8/8 w - - 0 1";
+    const char* const queen = "4k3/8/8/8/8/8/8/Q3K3 w - - 0 1";
+    const struct {
+        const char* fen;
+        Side side;
+        int32_t bound;
+        bool lazy;
+        int32_t value, black, white;
+    } cases[] = {
+        {startFen, white, 2401, true, 1200},           // 2 * (0 + 1200) < 2401
+        {startFen, white, -2401, true, -1200},         // 2 * (0 - 1200) > -2401
+        {startFen, white, 2400, false, 0, 2642, 2642}, // see the start piece by piece
+        {startFen, white, -2400, false, 0, 2642, 2642},
+        {startFen, black, 0, false, 0, 2642, 2642},
+        // White e4: 16 * 5 * 16 + (150 + 20) * 4; Black e8: 3 * 5 * 16 + 170 + 3 * 150.
+        {kings, white, 0, false, 1960 - 860, 860, 1960},
+        {queen, white, 0, false, 0, 0, 0},        // in full however far ahead
+        {queen, white, 1001, true, 16678 - 2800}, // -1661 + 18339, margin 1200 + 4 * 400
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.fen) + " bound " + std::to_string(c.bound));
+        const Board b(c.fen);
+        positionalTotal[0] = positionalTotal[1] = -5;
+        const int64_t nodes = nodeCount;
+        const int32_t value = evaluate(b.material, b.pos, b.lists, c.side, c.bound);
+        EXPECT_EQ(nodeCount - nodes, 1);
+        if (c.lazy) {
+            EXPECT_EQ(value, c.value);
+            EXPECT_EQ(positionalTotal[0] + positionalTotal[1], -10);
+            continue;
+        }
+        EXPECT_NE(positionalTotal[1], -5);
+        EXPECT_EQ(value, materialTerm(b.material) + positionalTotal[1] - positionalTotal[0]);
+        if (c.fen == queen) continue;
+        EXPECT_EQ(value, c.value);
+        EXPECT_EQ(positionalTotal[0], c.black);
+        EXPECT_EQ(positionalTotal[1], c.white);
+    }
 }
-
-TEST(Evaluate, BoundZeroAlwaysEvaluatesFully) {
-    // Bare kings, phase 5. White e4: 16 * 5 * 16 = 1280 and eight safe moves in four lines,
-    // (150 + 20) * 4: 1960. Black e8: 3 * 5 * 16 = 240, d8 + f8 170, d7, e7, f7 150 each: 860.
-    const Board s("4k3/8/8/8/4K3/8/8/8 w - - 0 1");
-    positionalTotal[0] = positionalTotal[1] = -5;
-    const int64_t nodesBefore = nodeCount;
-    EXPECT_EQ(evaluate(s.material, s.pos, s.lists, white, 0), 1960 - 860);
-    EXPECT_EQ(positionalTotal[1], 1960);
-    EXPECT_EQ(positionalTotal[0], 860);
-    EXPECT_EQ(nodeCount - nodesBefore, 1);
-    // A queen up: -1661 + 18339 = 16678, margin 2800 (phase 4); bound 0 still runs in full, a
-    // bound far below 2 * (16678 - 2800) does not.
-    const Board q("4k3/8/8/8/8/8/8/Q3K3 w - - 0 1");
-    ASSERT_EQ(lazyMargin, 2800);
-    positionalTotal[0] = positionalTotal[1] = -5;
-    const int32_t score = evaluate(q.material, q.pos, q.lists, white, 0);
-    EXPECT_NE(positionalTotal[1], -5);
-    EXPECT_EQ(score, 16678 + positionalTotal[1] - positionalTotal[0]);
-    EXPECT_EQ(evaluate(q.material, q.pos, q.lists, white, 1001), 16678 - 2800);
-}
-
-// ---- the first pass -----------------------------------------------------------------------------
 
 const char* const castled = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQ1RK1 w kq - 0 1";
+const char* const pinByRook = "4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1";
 
-// A piece's table entry plus what it attacks and defends: a forked pair adds the smaller victim
-// / 8, a pin or skewer the piece behind / 8 (behind at half weight), a battery 30; a bare king's
-// entry is multiplied by phase * 16.
-TEST(FirstPass, SquareValues) {
+// A piece's value is its table entry plus what it attacks and defends: a forked pair adds the
+// smaller victim / 8, a pin or skewer the piece behind / 8 (at half weight), a battery 30; a
+// bare king's entry is multiplied by phase * 16. The balance of a square counts a slider
+// behind a pawn's forward capture or its own piece, but only the front piece attacks; a piece
+// in front of a king or of a piece worth 3000 more is flagged pinned.
+TEST(Evaluate, FirstPass) {
     const struct {
         const char* fen;
-        const char* square;
-        int32_t value;
+        const char* figures;
     } cases[] = {
-        {startFen, "a1", 21}, // 10 + pawn a2 2 + pawn a7 0 + knight 6 + bishop 3 at half
-        {startFen, "h1", 21},
-        {startFen, "e1", 9}, // 3 + queen 1 + bishop 2 + pawns 1 each
-        {startFen, "e2", 0},
-        {"4k3/8/8/3n1n2/4P3/8/8/4K3 w - - 0 1", "e4", 645}, // 200 + 35 + 35 + 3000 / 8
-        {"4k3/8/8/1n6/P7/8/8/4K3 w - - 0 1", "a4", 35},     // one capture square, no fork
-        {"4k3/8/8/n1n5/1P6/8/8/4K3 w - - 0 1", "b4", 445},
-        {"k7/8/8/8/8/2Q5/1B6/4K3 w - - 0 1", "b2", 133},   // 100 + 3 + 30
-        {"4k3/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e1", 450},   // 60 + 3 + 25 / 2 + 375
-        {"4q2k/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e1", 455},  // 60 + 3 + 35 / 2 + 375
-        {"4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e1", 63},   // an equal rook behind: no pin
-        {"7k/8/8/4r3/8/2n5/8/B6K w - - 0 1", "a1", 422},   // 20 + 10 + 35 / 2 + 375
-        {"7k/8/8/6r1/8/4q3/8/2B4K w - - 0 1", "c1", 682},  // 0 + 40 + 35 / 2 + 5000 / 8
-        {"7k/8/8/6q1/8/4q3/8/2B4K w - - 0 1", "c1", 1185}, // 40 + 40 / 2 + 9000 / 8
-        {"4k3/8/8/8/4K3/8/8/8 w - - 0 1", "e4", 1280},     // 16 * 5 * 16
-        {"4k3/8/8/8/4K3/8/8/8 w - - 0 1", "e8", 240},      // 3 * 5 * 16
-        {"4k3/8/8/3p4/4K3/8/8/8 w - - 0 1", "e4", 1281},   // + 1 for the pawn beside
-        {"4k3/8/8/3p4/4K3/8/8/8 w - - 0 1", "e8", 3},      // not bare
-        {"7k/8/8/8/4N3/8/8/K7 w - - 0 1", "e4", 100},
-        {"7K/8/8/8/3PQ3/8/8/k3r3 w - - 0 1", "e4", 3}, // 0 + pawn d4 2 + rook e1 1
-        {castled, "g1", 5},                            // 1 + rook f1 1 + pawns 1 each
-        {"8/8/1k6/P7/8/8/8/7K b - - 0 1", "a5", 25},   // 0 + 25 for attacking the king
+        // a1: 10 + pawn a2 2 + knight 6 + bishop 3 at half; e1: 3 + queen 1 + bishop 2 + pawns.
+        {startFen, "value a1=21 h1=21 e1=9 e2=0 balance b1=1 c1=1 a4=0 a7=-1 f3=4 b3=3 e3=3 g3=2 "
+                   "d2=4 f6=-4 g6=-2 cheapestWhite a2=5000 b1=5000 c1=9000 f3=1000 d2=3000 "
+                   "cheapestBlack f3=-"},
+        {"4k3/8/8/3n1n2/4P3/8/8/4K3 w - - 0 1", "value e4=645"}, // 200 + 35 + 35 + 3000 / 8
+        {"4k3/8/8/1n6/P7/8/8/4K3 w - - 0 1", "value a4=35"},     // one capture square, no fork
+        {"4k3/8/8/n1n5/1P6/8/8/4K3 w - - 0 1", "value b4=445"},
+        {"k7/8/8/8/8/2Q5/1B6/4K3 w - - 0 1", // 100 + 3 + 30
+         "value b2=133 balance d4=2 e5=2 h8=2 cheapestWhite d4=9000 e5=9000 h8=9000 c3=3000"},
+        {"4k3/8/8/4n3/8/8/7K/4R3 w - - 0 1", "value e1=450 pinned e5=1"},  // 60 + 3 + 25/2 + 375
+        {"4q2k/8/8/4n3/8/8/7K/4R3 w - - 0 1", "value e1=455 pinned e5=1"}, // 60 + 3 + 35/2 + 375
+        {pinByRook, "value e1=63 pinned e5=0 balance e6=-1 cheapestWhite e5=5000 e6=-"},
+        {"7k/8/8/4r3/8/2n5/8/B6K w - - 0 1", "value a1=422 pinned c3=0"},   // 20 + 10 + 17 + 375
+        {"7k/8/8/6r1/8/4q3/8/2B4K w - - 0 1", "value c1=682 pinned e3=0"},  // 40 + 17 + 5000 / 8
+        {"7k/8/8/6q1/8/4q3/8/2B4K w - - 0 1", "value c1=1185 pinned e3=0"}, // 40 + 20 + 9000 / 8
+        {"8/8/8/5P2/4B3/3P4/8/k3K3 w - - 0 1", "balance g6=2 c2=0"},
+        {"4k3/8/8/8/4K3/8/8/8 w - - 0 1", "value e4=1280 e8=240 cheapestWhite d5=12000"},
+        {"4k3/8/8/3p4/4K3/8/8/8 w - - 0 1", "value e4=1281 e8=3"}, // + 1 for the pawn; not bare
+        {"7k/8/8/8/4N3/8/8/K7 w - - 0 1", "value e4=100"},
+        {"7K/8/8/8/3PQ3/8/8/k3r3 w - - 0 1", "value e4=3"}, // pawn d4 2 + rook e1 1
+        {castled, "value g1=5"},                            // 1 + rook f1 + pawns f2 g2 h2
+        {"8/8/1k6/P7/8/8/8/7K b - - 0 1", "value a5=25"},   // attacking the king
+        {"k7/8/8/4p3/3R4/8/8/7K w - - 0 1", "balance d4=-1"},
+        {"k7/8/8/4p3/3R4/2P5/8/7K w - - 0 1", "balance d4=0"},
+        {"3r2k1/8/8/8/3B4/2P5/8/K7 w - - 0 1", "balance d4=0"},
+        {"k7/8/1b6/3Pp3/2PRP3/3P4/1p6/N5K1 w - - 0 1", "pinned d4=1"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.fen);
         const Board b(c.fen);
-        EXPECT_EQ(firstPass(b, b.pos.sideToMove).squareValue[sq(c.square)], c.value)
-            << c.fen << " " << c.square;
+        expectFigures(firstPass(b, b.pos.sideToMove), c.figures);
     }
 }
 
-// Pieces attacking a square less the enemy's, and the cheapest attacker of each side: a slider
-// behind a pawn's capture or behind its own piece counts, but only the front piece attacks.
-TEST(FirstPass, AttackMap) {
-    const char* const battery = "k7/8/8/8/8/2Q5/1B6/4K3 w - - 0 1";
-    const struct {
-        const char* fen;
-        const char* square;
-        int32_t balance;
-        int32_t leastWhite;
-        int32_t leastBlack;
-    } cases[] = {
-        {startFen, "a2", any, 5000, any},
-        {startFen, "b1", 1, 5000, any},
-        {startFen, "c1", 1, 9000, any},
-        {startFen, "a4", 0, any, any},
-        {startFen, "a7", -1, any, any},
-        {startFen, "f3", 4, 1000, noAttacker},
-        {startFen, "b3", 3, any, any},
-        {startFen, "e3", 3, any, any}, // bishop behind d2
-        {startFen, "g3", 2, any, any},
-        {startFen, "d2", 4, 3000, any},
-        {startFen, "f6", -4, any, any},
-        {startFen, "g6", -2, any, any},
-        {battery, "d4", 2, 9000, any},
-        {battery, "e5", 2, 9000, any},
-        {battery, "h8", 2, 9000, any},
-        {battery, "c3", any, 3000, any},
-        {"4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e5", any, 5000, any},
-        {"4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e6", -1, noAttacker, any},
-        {"8/8/8/5P2/4B3/3P4/8/k3K3 w - - 0 1", "g6", 2, any, any}, // forward capture only
-        {"8/8/8/5P2/4B3/3P4/8/k3K3 w - - 0 1", "c2", 0, any, any},
-        {"4k3/8/8/8/4K3/8/8/8 w - - 0 1", "d5", any, 12000, any},
-        {"k7/8/8/4p3/3R4/8/8/7K w - - 0 1", "d4", -1, any, any},
-        {"k7/8/8/4p3/3R4/2P5/8/7K w - - 0 1", "d4", 0, any, any},
-        {"3r2k1/8/8/8/3B4/2P5/8/K7 w - - 0 1", "d4", 0, any, any},
-    };
-    for (const auto& c : cases) {
-        const Board b(c.fen);
-        const EvalWork w = firstPass(b, b.pos.sideToMove);
-        const int32_t q = sq(c.square);
-        SCOPED_TRACE(std::string(c.fen) + " " + c.square);
-        expectFigure(w.attackBalance[q], c.balance, "balance");
-        expectFigure(w.leastAttacker[q][1], c.leastWhite, "least white attacker");
-        expectFigure(w.leastAttacker[q][0], c.leastBlack, "least black attacker");
-    }
-}
-
-// A piece in front of a king or a piece worth more than 2999 above it is flagged pinned.
-TEST(FirstPass, PinFlags) {
-    const struct {
-        const char* fen;
-        const char* square;
-        int32_t flag;
-    } cases[] = {
-        {"4k3/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e5", 1},           // 12000 - 5000 behind
-        {"4q2k/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e5", 1},          // 9000 - 5000
-        {"4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1", "e5", 0},          // 5000 - 5000
-        {"7k/8/8/4r3/8/2n5/8/B6K w - - 0 1", "c3", 0},           // 5000 - 3000
-        {"7k/8/8/6r1/8/4q3/8/2B4K w - - 0 1", "e3", 0},          // a skewer
-        {"7k/8/8/6q1/8/4q3/8/2B4K w - - 0 1", "e3", 0},          // equal pieces: a skewer
-        {"k7/8/1b6/3Pp3/2PRP3/3P4/1p6/N5K1 w - - 0 1", "d4", 1}, // 12000 - 3000
-    };
-    for (const auto& c : cases) {
-        const Board b(c.fen);
-        EXPECT_EQ(firstPass(b, b.pos.sideToMove).pinnedFlag[sq(c.square)], c.flag) << c.fen;
-    }
-}
-
-// ---- the second pass ----------------------------------------------------------------------------
-
-// One piece's second pass after the first: its value, what each side's total gains, and the
-// threats booked. Mobility counts safe moves per line with falling weights; an attacked piece
-// not held costs L / 32 (L its worth less the cheapest attacker's if defended) and books
-// L / 4 + its value as a threat, or charges it at once when the piece has no safe move.
-TEST(SecondPass, OnePiece) {
-    const char* const hanging = "k7/8/8/4p3/3R4/8/8/7K w - - 0 1";
+// One piece's second pass after the first: mobility counts safe moves per line with falling
+// weights; an attacked piece not held costs L / 32 to its side (L its worth, less the cheapest
+// attacker's when defended) and books L / 4 + its value as a threat, or has that charged at
+// once with no safe move. A pawn gains for its front square, steps and path, a king for its
+// safe moves and shelter; a check becomes the largest threat without comparing.
+TEST(Evaluate, SecondPassOfOnePiece) {
     const char* const boxed = "k7/8/8/3Pp3/2PRP3/3P4/8/7K w - - 0 1";
-    const struct Case {
+    const struct {
         const char* fen;
         const char* square;
-        int32_t value = any, black = any, white = any, threat1 = any, threat2 = any, other = any,
-                earlierThreat = 0;
+        const char* figures;
+        int32_t earlierThreat = 0;
     } cases[] = {
         // 100 + 170 + 60 + 40 + 20 + 20 + 15 + 5 + 5; nothing defends it.
-        {"7k/8/8/8/4N3/8/8/K7 w - - 0 1", "e4", 435, any, 435},
+        {"7k/8/8/8/4N3/8/8/K7 w - - 0 1", "e4", "value e4=435 whiteTotal=435"},
         // Rank and file 133 each, diagonals of 3 and 4 moves 125 and 130, table 10.
-        {"8/7k/K7/8/8/8/8/3Q4 w - - 0 1", "d1", 531},
+        {"8/7k/K7/8/8/8/8/3Q4 w - - 0 1", "d1", "value d1=531"},
         // The rook e1 behind makes e2-e8 unsafe but for the capture: 30 + 8 moves 368.
-        {"7K/8/8/8/4R3/8/8/k3r3 w - - 0 1", "e4", 398},
-        // A cheaper rook behind: only Qxe1 on the file 90, rank 125, diagonals 131 and 132.
-        {"7K/8/8/8/3PQ3/8/8/k3r3 w - - 0 1", "e4", 3 + 90 + 125 + 131 + 132},
-        // 30 + 382 for 13 moves; undefended: 5000 / 32 to Black, threat 1250 + 412.
-        {hanging, "d4", 412, 156, any, 1662},
-        // Boxed in: 30 + 8; no move, so 1250 is charged as well.
-        {boxed, "d4", 38, 156 + 1250, any, 1288},
-        // Defended by c3: + 50000 / 1000; L = 4000: 125 to Black, threat 1000 + 462.
-        {"k7/8/8/4p3/3R4/2P5/8/7K w - - 0 1", "d4", 462, 125, any, 1462},
-        {"k7/8/8/3Pp3/2PRP3/2PP4/8/7K w - - 0 1", "d4", 88, 125 + 1000, any, 1088},
-        // A bishop attacked by a rook and defended: L = 3000 - 5000 < 1, nothing.
-        {"3r2k1/8/8/8/3B4/2P5/8/K7 w - - 0 1", "d4", any, 0, any, 0, any, 0},
-        // e2: 30 + 10 + 5 + 60 + 60, defended by f1 and g1: 50000 / 3000.
-        {startFen, "e2", 181, 0},
+        {"7K/8/8/8/4R3/8/8/k3r3 w - - 0 1", "e4", "value e4=398"},
+        // A cheaper rook behind: 3 + Qxe1 90 + rank 125 + diagonals 131 and 132.
+        {"7K/8/8/8/3PQ3/8/8/k3r3 w - - 0 1", "e4", "value e4=481"},
+        // 30 + 382 for 13 moves; undefended: 5000 / 32, threat 1250 + 412.
+        {"k7/8/8/4p3/3R4/8/8/7K w - - 0 1", "d4",
+         "value d4=412 blackTotal=156 threat1=1662 threatSquare=d4"},
+        {boxed, "d4", "value d4=38 blackTotal=1406 threat1=1288"}, // 30 + 8, no move: 1250 too
+        // Defended by c3: + 50000 / 1000; L = 4000: 125, threat 1000 + 462.
+        {"k7/8/8/4p3/3R4/2P5/8/7K w - - 0 1", "d4", "value d4=462 blackTotal=125 threat1=1462"},
+        {"k7/8/8/3Pp3/2PRP3/2PP4/8/7K w - - 0 1", "d4", "value d4=88 blackTotal=1125 threat1=1088"},
+        // Attacked by a rook and defended: L = 3000 - 5000 < 1, nothing.
+        {"3r2k1/8/8/8/3B4/2P5/8/K7 w - - 0 1", "d4", "blackTotal=0 threat1=0 other=0"},
+        // 30 + 10 + 5 + 60 + 60, defended by f1 and g1: 50000 / 3000.
+        {startFen, "e2", "value e2=181 blackTotal=0"},
         // A runaway in a pawn ending: 120 * 24 / 4 + 24 * 500 / 8 doubled, + 4500, + 30 + 10.
-        {"7k/8/P7/8/8/8/8/4K3 w - - 0 1", "a6", 40 + 8940, 0},
-        {"7k/8/P7/8/8/8/8/4K3 b - - 0 1", "a6", 40 + 8940, 0},
-        // Caught: Black gains 35 + 1000, the weak pawn 200, and 1000 / 32; White to move not, so
+        {"7k/8/P7/8/8/8/8/4K3 w - - 0 1", "a6", "value a6=8980 blackTotal=0"},
+        {"7k/8/P7/8/8/8/8/4K3 b - - 0 1", "a6", "value a6=8980 blackTotal=0"},
+        // Caught: Black gains 35 + 1000, the weak pawn 200 and 1000 / 32; White not to move, so
         // its threat 250 + 35 is the other side's.
-        {"8/8/1k6/P7/8/8/8/7K b - - 0 1", "a5", 35, 1035 + 200 + 31, 35, any, any, 285},
-        // Own king a7 in the path: 540 + 270 + 375, not free, not doubled.
-        {"7k/K7/8/P7/8/8/8/8 w - - 0 1", "a5", 40 + 1185},
-        // The own king holds the pawn with the move (2040 / 2); without, Black gains 1040 / 2.
-        {"8/8/2k5/P7/8/3K4/8/8 w - - 0 1", "a5", 40 + 1020, 0},
-        {"8/8/2k5/P7/8/3K4/8/8 b - - 0 1", "a5", 40, 520},
+        {"8/8/1k6/P7/8/8/8/7K b - - 0 1", "a5",
+         "value a5=35 blackTotal=1266 whiteTotal=35 other=285"},
+        // Own king a7 in the path: 40 + 540 + 270 + 375, not free, not doubled.
+        {"7k/K7/8/P7/8/8/8/8 w - - 0 1", "a5", "value a5=1225"},
+        // The own king holds it with the move (2040 / 2); without, Black gains 1040 / 2.
+        {"8/8/2k5/P7/8/3K4/8/8 w - - 0 1", "a5", "value a5=1060 blackTotal=0"},
+        {"8/8/2k5/P7/8/3K4/8/8 b - - 0 1", "a5", "value a5=40 blackTotal=520"},
         // Phase 2: 200 + 30 + 10 + the advance 90 * 8 / 8.
-        {"7k/8/8/4P3/8/8/8/RRQ3K1 w - - 0 1", "e5", 330, 0},
-        // (9 + 50 + 50) / 4 + castling prospects 730.
-        {startFen, "e1", 757},
+        {"7k/8/8/4P3/8/8/8/RRQ3K1 w - - 0 1", "e5", "value e5=330 blackTotal=0"},
+        {startFen, "e1", "value e1=757"}, // (9 + 50 + 50) / 4 + castling prospects 730
         // h1 150, f1 and f2 held twice 100; (5 + 250) / 4 + shelter 1200.
-        {castled, "g1", 1263, any, 1263},
-        // In check with no safe move: 12000 / 32 + 12000 / 4; the check becomes the largest
-        // threat (3000 + 2) without comparing, the earlier 5000 moves down.
-        {.fen = "4k3/8/8/8/8/8/6PP/r6K w - - 0 1",
-         .square = "h1",
-         .value = 2,
-         .black = 375 + 3000,
-         .threat1 = 3002,
-         .threat2 = 5000,
-         .earlierThreat = 5000},
+        {castled, "g1", "value g1=1263 whiteTotal=1263"},
+        // In check, no safe move: 12000 / 32 + 12000 / 4; 3000 + 2 over the earlier 5000.
+        {"4k3/8/8/8/8/8/6PP/r6K w - - 0 1", "h1",
+         "value h1=2 blackTotal=3375 threat1=3002 threat2=5000 threatSquare=h1", 5000},
         // Not back along the checking rank: 1024 + three lines of 170; threat 3000 + 1534.
-        {"7k/8/8/8/r2K4/8/8/8 w - - 0 1", "d4", 1024 + 510, 0, any, 4534},
+        {"7k/8/8/8/r2K4/8/8/8 w - - 0 1", "d4", "value d4=1534 blackTotal=0 threat1=4534"},
         // A bare king in check costs nothing but books 3000 + g2 and h2 150 each.
-        {"4k3/8/8/8/8/8/8/r6K w - - 0 1", "h1", 300, 0, any, 3300},
+        {"4k3/8/8/8/8/8/8/r6K w - - 0 1", "h1",
+         "value h1=300 blackTotal=0 threat1=3300 threatSquare=h1"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.fen) + " " + c.square);
         const Board b(c.fen);
         EvalWork w = firstPass(b, b.pos.sideToMove);
         w.threat1 = c.earlierThreat;
         secondPass(w, b, sq(c.square));
-        expectFigure(w.squareValue[sq(c.square)], c.value, "value");
-        expectFigure(w.total[0], c.black, "Black's total");
-        expectFigure(w.total[1], c.white, "White's total");
-        expectFigure(w.threat1, c.threat1, "largest threat");
-        expectFigure(w.threat2, c.threat2, "second threat");
-        expectFigure(w.otherThreat, c.other, "the other side's threat");
-        if (c.threat1 > 0) EXPECT_EQ(w.threat1Square, sq(c.square));
+        expectFigures(w, c.figures);
     }
 }
 
 // What shelter or castling prospects add to a white king, weight 7 in phase 0: 7 * 1200 * p /
 // 46 per wing with rights, or 7 * 1200 * p / 35 once castled, p counting the pawns in front.
-TEST(SecondPass, KingShelter) {
+TEST(Evaluate, KingShelter) {
     const struct {
         const char* fen;
         const char* king;
@@ -354,7 +300,7 @@ TEST(SecondPass, KingShelter) {
     }
 }
 
-TEST(SecondPass, StartPositionPieceByPiece) {
+TEST(Evaluate, StartPositionPieceByPiece) {
     const Board s;
     const EvalWork w = bothPasses(s, white);
     // a2: front 30, steps 10 + 5, phalanx 60, rook 50000 / 5000; b2: 45 + 60 + 60 + bishop 16;
@@ -378,24 +324,23 @@ TEST(SecondPass, StartPositionPieceByPiece) {
 // After both passes the side to move saves its largest threatened piece and loses half the
 // second; a pinned largest piece cannot be saved; threats against the side not to move are
 // cashed by the side to move.
-TEST(SecondPass, SettlingOfThreats) {
+TEST(Evaluate, SettlingOfThreats) {
     const struct {
         const char* fen;
-        int32_t threat1, threat2, other, blackGain;
+        const char* figures;
+        int32_t blackGain;
     } cases[] = {
-        {"k7/8/8/3Pp3/2PRP3/3P4/8/7K w - - 0 1", 1288, 0, 0, 0},
+        {"k7/8/8/3Pp3/2PRP3/3P4/8/7K w - - 0 1", "threat1=1288 threat2=0 other=0", 0},
         // The knight a1 attacked by b2 as well: 750 + 230.
-        {"k7/8/8/3Pp3/2PRP3/3P4/1p6/N6K w - - 0 1", 1288, 980, 0, 980 / 2},
-        {"k7/8/1b6/3Pp3/2PRP3/3P4/1p6/N5K1 w - - 0 1", 1288, 980, any, 1288 / 2},
-        {"k7/8/8/3Pp3/2PRP3/3P4/1p6/N6K b - - 0 1", 0, any, 1288, 1288},
+        {"k7/8/8/3Pp3/2PRP3/3P4/1p6/N6K w - - 0 1", "threat1=1288 threat2=980 other=0", 490},
+        {"k7/8/1b6/3Pp3/2PRP3/3P4/1p6/N5K1 w - - 0 1", "threat1=1288 threat2=980", 1288 / 2},
+        {"k7/8/8/3Pp3/2PRP3/3P4/1p6/N6K b - - 0 1", "threat1=0 other=1288", 1288},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.fen);
         const Board b(c.fen);
         const EvalWork w = bothPasses(b, b.pos.sideToMove);
-        expectFigure(w.threat1, c.threat1, "largest threat");
-        expectFigure(w.threat2, c.threat2, "second threat");
-        expectFigure(w.otherThreat, c.other, "the other side's threat");
+        expectFigures(w, c.figures);
         evaluatePosition(b.pos, b.lists, b.pos.sideToMove);
         EXPECT_EQ(positionalTotal[0] - w.total[0], c.blackGain);
         EXPECT_EQ(positionalTotal[1], w.total[1]);
