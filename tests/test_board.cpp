@@ -76,56 +76,40 @@ TEST(Position, MaterialCountsLiveSlots) {
     EXPECT_EQ(material.sum[0], 0);
 }
 
-TEST(Position, DeriveSetsKeyListsAndBalance) {
-    freshKeys();
-    Board start;
-    EXPECT_EQ(start.key, startKey);
-    EXPECT_EQ(start.lists.slots[1][0][0], 16);
-    EXPECT_EQ(start.material.sum[1], 51000);
-    EXPECT_EQ(materialBalance, 0);
-    // Queen and knight against a rook: 12000 + 12000 against 17000.
-    const Board b("4k3/8/8/3r4/8/8/8/1N1QK3 w - - 0 1");
-    EXPECT_EQ(b.material.sum[1], 24000);
-    EXPECT_EQ(b.material.sum[0], 17000);
-    EXPECT_EQ(materialBalance, 7000);
-    Board("4k3/8/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1");
-    EXPECT_EQ(materialBalance, 39000);
-}
-
 // The phase counts the stronger side's material in pawns (queen 9, rook 5, minor 3) without the
 // king: 31 or more is 0, 23 to 30 is 1, 17 to 22 is 2, 11 to 16 is 3, 5 to 10 is 4, less is 5;
-// the lazy margin is 1200 + 400 per phase.
-TEST(Position, GamePhaseAndLazyMargin) {
+// the lazy margin is 1200 + 400 per phase. The balance is White's material less Black's.
+TEST(Position, GamePhaseLazyMarginAndBalance) {
     const struct {
         const char* fen;
-        int32_t phase;
+        int32_t phase, balance;
     } cases[] = {
-        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", 5},
-        {startFen, 0},
-        {"4k3/8/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1", 0}, // a full army against a bare king
-        {"rnbqkbnr/pppppppp/8/8/8/8/8/4K3 w kq - 0 1", 0},
-        {"4k3/8/8/8/8/8/PPPPPPPP/1NBQK2R w - - 0 1", 1}, // 28
-        {"4k3/8/8/8/8/8/PP6/1NBQK2R w - - 0 1", 2},      // 22
-        {"4k3/8/8/8/8/8/PPP5/1NBQK2R w - - 0 1", 1},     // 23
-        {"1nbqk2r/pp6/8/8/8/8/8/4K3 w - - 0 1", 2},      // 22 for Black
-        {"4k3/8/8/8/8/8/PPPP4/4K3 w - - 0 1", 5},        // 4
-        {"4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 4},           // 5
-        {"4k3/8/8/8/8/8/8/R3K2R w - - 0 1", 4},          // 10
-        {"4k3/8/8/8/8/8/P7/R3K2R w - - 0 1", 3},         // 11
-        {"4k3/8/8/8/8/8/8/RN2K2R w - - 0 1", 3},         // 13
-        {"4k3/8/8/8/8/8/PP6/3QK2R w - - 0 1", 3},        // 16
-        {"4k3/8/8/8/8/8/8/2BQK2R w - - 0 1", 2},         // 17
-        {"4k3/8/8/8/8/8/PPPPP3/RNBQK2R w - - 0 1", 1},   // 30
-        {"4k3/8/8/8/8/8/PPPPPP2/RNBQK2R w - - 0 1", 0},  // 31
+        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", 5, 0},
+        {startFen, 0, 0},
+        {"4k3/8/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1", 0, 39000}, // a full army against a king
+        {"rnbqkbnr/pppppppp/8/8/8/8/8/4K3 w kq - 0 1", 0, -39000},
+        {"4k3/8/8/8/8/8/PPPPPPPP/1NBQK2R w - - 0 1", 1, 28000},
+        {"4k3/8/8/8/8/8/PP6/1NBQK2R w - - 0 1", 2, 22000},
+        {"4k3/8/8/8/8/8/PPP5/1NBQK2R w - - 0 1", 1, 23000},
+        {"1nbqk2r/pp6/8/8/8/8/8/4K3 w - - 0 1", 2, -22000},
+        {"4k3/8/8/8/8/8/PPPP4/4K3 w - - 0 1", 5, 4000},
+        {"4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 4, 5000},
+        {"4k3/8/8/8/8/8/8/R3K2R w - - 0 1", 4, 10000},
+        {"4k3/8/8/8/8/8/P7/R3K2R w - - 0 1", 3, 11000},
+        {"4k3/8/8/8/8/8/8/RN2K2R w - - 0 1", 3, 13000},
+        {"4k3/8/8/8/8/8/PP6/3QK2R w - - 0 1", 3, 16000},
+        {"4k3/8/8/8/8/8/8/2BQK2R w - - 0 1", 2, 17000},
+        {"4k3/8/8/8/8/8/PPPPP3/RNBQK2R w - - 0 1", 1, 30000},
+        {"4k3/8/8/8/8/8/PPPPPP2/RNBQK2R w - - 0 1", 0, 31000},
+        {"4k3/8/8/3r4/8/8/8/1N1QK3 w - - 0 1", 3, 7000}, // 12 against 5
     };
     for (const auto& c : cases) {
         Board b(c.fen);
         EXPECT_EQ(gamePhase, c.phase) << c.fen;
         EXPECT_EQ(lazyMargin, 1200 + 400 * c.phase) << c.fen;
+        EXPECT_EQ(materialBalance, c.balance) << c.fen;
     }
 }
-
-// ---- keys ---------------------------------------------------------------------------------------
 
 TEST(Keys, RandomSourceFirstOutputsAndWrapOfTheShortLag) {
     resetRandom();
@@ -181,6 +165,7 @@ TEST(Keys, KeysOfWholePositions) {
     for (const auto& c : cases)
         EXPECT_EQ(computeKey(fromFen(c.fen)), c.key) << c.fen;
     Board played;
+    EXPECT_EQ(played.key, startKey);
     played.play(white, mv("e2e4"));
     EXPECT_EQ(played.key, cases[5].key);
 }
@@ -215,22 +200,15 @@ TEST(Keys, EachFeatureAddsItsOwnKey) {
     EXPECT_EQ(computeKey(pos) ^ kings, pieceSquareKeys[7][18] ^ pieceSquareKeys[2][60]);
 }
 
-// ---- moves made and taken back ------------------------------------------------------------------
-
-bool sameLists(const PieceLists& a, const PieceLists& b, const Position& pos) {
-    for (int32_t side = 0; side < 2; ++side) {
-        if (a.slots[side][0][0] != b.slots[side][0][0]) return false;
-        for (int32_t slot = 1; slot <= a.slots[side][0][0]; ++slot) {
-            if (a.slots[side][slot][0] != b.slots[side][slot][0]) return false;
-            // A dead slot's rank is never read; a live one must match.
-            if (a.slots[side][slot][0] != -1 && a.slots[side][slot][1] != b.slots[side][slot][1])
-                return false;
-        }
+// The lists without what is never read: the ranks of dead slots, slotOf of empty squares.
+PieceLists readable(PieceLists lists, const Position& pos) {
+    for (auto& list : lists.slots) {
+        for (int32_t slot = 1; slot <= list[0][0]; ++slot)
+            list[slot][1] = list[slot][0] == -1 ? 0 : list[slot][1];
     }
-    for (int32_t s = 0; s < 64; ++s) {
-        if (pos.squares[s] != 0 && a.slotOf[s] != b.slotOf[s]) return false;
-    }
-    return true;
+    for (int32_t q = 0; q < 64; ++q)
+        lists.slotOf[q] = pos.squares[q] == 0 ? 0 : lists.slotOf[q];
+    return lists;
 }
 
 // Plays `m` and tells what went wrong, "" for nothing: the key is the one predicted before the
@@ -268,7 +246,8 @@ std::string takeBackChecked(Board& b, Side side, const Move& m, const MoveUndo& 
     b.key = before.key;
     b.material = before.material;
     if (std::memcmp(&b.pos, &before.pos, sizeof b.pos) != 0) return "board not restored";
-    if (!sameLists(b.lists, before.lists, b.pos)) return "lists not restored";
+    const PieceLists now = readable(b.lists, b.pos), then = readable(before.lists, b.pos);
+    if (std::memcmp(&now, &then, sizeof now) != 0) return "lists not restored";
     return "";
 }
 
