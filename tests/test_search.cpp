@@ -1,6 +1,5 @@
-// The search on hand-made positions: the transposition tables and their replacement rules, the
-// principal-variation walk, the threat scan, the draw, mate and futility rules of the
-// alpha-beta search, the driver's shortcuts, pondering's credit and the opening book files.
+// The search on hand-made positions: the tables, the principal variation, the threat scan, the
+// draw, mate and futility rules, the driver's shortcuts, pondering and the opening book.
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -29,8 +28,7 @@ const Move e7e5 = mv("e7e5");
 
 void noPoll(SearchControl&) {}
 
-// Small tables, cleared before every test; a game record whose poll does nothing; the search
-// settings put back afterwards.
+// Small cleared tables, a game record whose poll does nothing; the settings put back afterwards.
 class Search : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -63,7 +61,7 @@ protected:
         return alphaBetaWithMemory(game.search, board.key, depthLimit, board.material, testBound,
                                    distance, moveThreat, side, moves, last, board.pos, board.lists);
     }
-    // The nodes a search of the side to move at distance 8 visits.
+    // The nodes a search of the side to move at distance 8 visits, `value` its result.
     int64_t nodesOf(int32_t depthLimit, int32_t testBound, int32_t& value) {
         const int64_t before = nodeCount;
         value = search(board.pos.sideToMove, depthLimit, testBound, 8, 0);
@@ -83,7 +81,7 @@ protected:
         return indexOf(legal, generateLegalMoves(white, legal, board.pos, allMoves), mv(move));
     }
 
-    // keyCount entries of keys no position here has, so that only keys a test puts in repeat.
+    // Keys no position here has, so that only keys a test puts in can repeat.
     void fillHistory(int32_t keyCount, int32_t fiftyMoveCounter) {
         for (int32_t i = 0; i <= keyCount; ++i)
             game.search.keyHistory[i] = 0x1000 + static_cast<PositionKey>(i);
@@ -99,7 +97,7 @@ protected:
     }
     HashEntry& lower() { return lowerBoundTable[hashIndex(board.key)]; }
     HashEntry& upper() { return upperBoundTable[hashIndex(board.key)]; }
-    // An entry as "value move depthLeft storePly age", "other" added for another key.
+    // An entry as "value move depthLeft storePly age", "other" for another key than the board's.
     std::string shown(const HashEntry& e) {
         const bool same = e.keyLow == static_cast<uint32_t>(board.key) &&
                           e.keyHigh == static_cast<uint32_t>(board.key >> 32);
@@ -145,14 +143,13 @@ TEST_F(Search, ClearedTablesHoldOnlyEmptyUnprotectedEntries) {
     EXPECT_EQ(shown(lower()), "2 e2e4 -100 400 0");
 }
 
-// A mate is stored as its distance from the storing node and read back from the reading one;
-// values 4000 or more from a mate are ordinary.
+// A mate is stored as its distance from the storing node and read back from the reading one.
 TEST_F(Search, MateValuesAreStoredRelativeToTheNode) {
+    // value, distance when stored, table value, value read back at distance 8
     const int32_t cases[][4] = {
-        // value, distance when stored, table value, the value read back at distance 8
-        {1000000 - 40, 16, 1000000 - 24, 1000000 - 32},
-        {-(1000000 - 40), 16, -(1000000 - 24), -(1000000 - 32)},
-        {996000, 16, 996000, 996000},
+        {mateValue - 40, 16, mateValue - 24, mateValue - 32},
+        {40 - mateValue, 16, 24 - mateValue, 32 - mateValue},
+        {996000, 16, 996000, 996000}, // 4000 from a mate: ordinary
         {-996000, 16, -996000, -996000},
         {996001, 16, 996017, 996009},
         {-996001, 16, -996017, -996009},
@@ -164,11 +161,10 @@ TEST_F(Search, MateValuesAreStoredRelativeToTheNode) {
     }
 }
 
-// Stores into the start position's slot, each followed by both entries as "value move
-// depthLeft storePly age", "other" for another key ("" unchecked). A bound is replaced by a tighter
-// or deeper one of the same key, not by one from farther down in the same search; in the next
-// search by anything but a deep quiescence node over depth 0 or more. A contradicting bound of the
-// same key frees the other table's entry.
+// Stores into the start position's slot, then both entries ("" unchecked). A bound gives way to
+// a tighter or deeper one of its key, not to one from farther down in the same search; in the
+// next, to all but a deep quiescence node over depth 0 or more. A contradicting bound of the same
+// key frees the other table's entry.
 TEST_F(Search, ReplacementRules) {
     store(lowerBoundTable, 100, 8, 16, 0, e2e4);
     EXPECT_EQ(lower().keyHigh, 0x7EE956D4u);
@@ -238,9 +234,11 @@ TEST_F(Search, UsableEntryChecksKeyPiecesAndPseudoLegality) {
     }
 }
 
-TEST_F(Search, WalkShowsTheStoredMovesAndEndsWithAFullStop) {
+// The walk shows the stored moves, each after a hyphen, and a full stop; it takes the deeper
+// entry, equally deep the lower bound unless written farther from the root, and stops at an
+// illegal move, an invalidated entry, a quiescence entry, distance 248 or the budget.
+TEST_F(Search, PrincipalVariationWalk) {
     EXPECT_EQ(pv(), ".");
-    // e2e4 stored for the start position, e7e5 for the position after it.
     store(lowerBoundTable, 10, 8, 16, 0, e2e4);
     Board afterE4 = board;
     afterE4.play(white, e2e4);
@@ -248,18 +246,10 @@ TEST_F(Search, WalkShowsTheStoredMovesAndEndsWithAFullStop) {
     storeBound(lowerBoundTable, hashIndex(afterE4.key), afterE4.key, -10, 16, 8, 0, e7e5,
                afterE4.pos);
     EXPECT_EQ(pv(), "-e2e4 -e7e5 .");
-    EXPECT_EQ(pv(8, 8), "-e2e4 ."); // a budget of one ply
-    EXPECT_EQ(pv(256), ".");        // beyond distance 248 nothing is shown
-}
-
-// The deeper of the two entries, equally deep the lower bound unless it was written farther
-// from the root.
-TEST_F(Search, WalkChoosesTheDeeperEntryThenTheOneNearerTheRoot) {
-    const int32_t cases[][4] = {
-        // ply and depth of the lower bound (e2e4), of the upper bound (d2d4); the move shown
-        {8, 8, 8, 16},
-        {16, 16, 8, 16},
-        {8, 16, 16, 16}};
+    EXPECT_EQ(pv(8, 8), "-e2e4 .");
+    EXPECT_EQ(pv(256), ".");
+    // ply and depth of the lower bound (e2e4) and of the upper bound (d2d4); the move shown
+    const int32_t cases[][4] = {{8, 8, 8, 16}, {16, 16, 8, 16}, {8, 16, 16, 16}};
     const char* shown[] = {"-d2d4 .", "-d2d4 .", "-e2e4 ."};
     for (int32_t i = 0; i < 3; ++i) {
         clearSearchTables();
@@ -267,17 +257,12 @@ TEST_F(Search, WalkChoosesTheDeeperEntryThenTheOneNearerTheRoot) {
         store(upperBoundTable, 20, cases[i][2], cases[i][3], 0, d2d4);
         EXPECT_EQ(pv(), shown[i]) << i;
     }
-}
-
-TEST_F(Search, WalkStopsAtAnIllegalMoveOrANegativeDepth) {
-    // The rook on e2 is pinned by the rook on e8: Re2-a2 leaves the king in check.
+    // The rook on e2 is pinned: Re2-a2 is illegal, Rxe8 along the pin line is not.
     board = Board("4r1k1/8/8/8/8/8/4R3/4K3 w - - 0 1");
     store(lowerBoundTable, 10, 8, 16, 0, mv("e2a2"));
     EXPECT_EQ(pv(), ".");
-    // Along the pin line the rook may move: Rxe8 is shown (deeper, so it replaces e2a2).
     store(lowerBoundTable, 10, 8, 24, 0, mv("e2e8"));
     EXPECT_EQ(pv(), "-e2e8 .");
-    // The same entry invalidated, or written by a quiescence node: the walk stops at once.
     invalidateEntry(lowerBoundTable, hashIndex(board.key));
     EXPECT_EQ(pv(), ".");
     searchAge = 1; // an older entry: always replaced
@@ -286,10 +271,9 @@ TEST_F(Search, WalkStopsAtAnIllegalMoveOrANegativeDepth) {
     EXPECT_EQ(pv(), ".");
 }
 
-// The threats of White's move as "discovered direct second", each the victim's worth less the
-// attacker's / 128 (pawn 7, minor 23, rook 39, queen 70) and its square ("0" for none); the
-// runner-up is negated when discovered. A king threatens nothing directly; a piece moving along
-// a line uncovers nothing on it. Earlier records are reset.
+// White's threats "discovered direct second": the victim's worth less the attacker's / 128 (pawn
+// 7, minor 23, rook 39, queen 70) on its square, the runner-up negated when discovered. A king
+// threatens nothing directly; a piece moving along a line uncovers nothing on it.
 TEST_F(Search, ThreatScan) {
     const struct {
         const char* fen;
@@ -324,8 +308,8 @@ TEST_F(Search, ThreatScan) {
     }
 }
 
-// Too little material to mate is a draw at once, one node, nothing stored; king and three pawns
-// (also 15000) and a minor piece each are played on.
+// Too little to mate is a draw at once: one node, nothing stored. King and three pawns (also
+// 15000) and a minor piece each are played on.
 TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
     const struct {
         const char* fen;
@@ -352,10 +336,9 @@ TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
 // King and queen against king, White to move: searched, the value is far above 1.
 constexpr const char* queenUp = "4k3/8/8/8/8/8/8/3QK3 w - - 0 1";
 
-// keyCount is the parent's entry; with the fifty-move counter n (rounded down to even), the
-// positions with White to move since the last irreversible move are entries 7, 5, ... down to
-// 8 - n + 1. Two earlier occurrences there make a draw at once, the slot left as it was; one
-// makes the node searched and then both entries of its slot freed, whatever their key.
+// Entry 8 is the parent's; with n plies since the last irreversible move (rounded down to even)
+// entries 7, 5, ... down to 9 - n hold positions with White to move. Two occurrences there make
+// a draw at once, the slot untouched; one makes the node searched, then its slot freed.
 TEST_F(Search, RepetitionsInTheWindow) {
     const char* const other = "0 d2d4 0 8 0 other";
     const char* const freed = "0 d2d4 -4000 4000 255 other";
@@ -438,11 +421,9 @@ TEST_F(Search, MateAndStalemate) {
     }
 }
 
-// A bare king (Ka1-b1, Ka1-b2) against queen and rook, iteration depth 8: a quiet king move is
-// reduced by 3. Depth limit 10 gives the child 7 <= distance 8 < 15, the margin 6000; limit 13
-// gives 10, 10 - 8 <= 8 < 10, the two-ply margin 12000: the node and its static evaluation
-// only. Not so for a bound far below, nor for en passant, a capture (White's only move, far
-// behind).
+// A bare king against queen and rook, iteration depth 8: a quiet king move, reduced by 3, at
+// depth limit 10 (child 7 <= distance 8 < 15) is pruned with margin 6000, at 13 with 12000; only
+// the node and its evaluation are counted. Not so against a bound far below, nor en passant.
 TEST_F(Search, FutilityPrunesQuietMovesNearTheHorizon) {
     const char* const bare = "7k/7r/8/3q4/8/8/8/K7 w - - 0 1";
     const struct {
@@ -487,13 +468,11 @@ TEST_F(Search, EnPassantIsOrderedAsACapture) {
     EXPECT_EQ(scores[indexOf(moves, last, e5d6)], 4064000);
 }
 
-// Ka1, Pe4, Nh1 against Ke8 and a hanging queen: exd5 is the best move by static score, but the
-// knight's moves (highest slot) come first.
+// exd5 is the static best, but the knight's moves (highest slot) come first.
 constexpr const char* hangingQueen = "4k3/8/8/3q4/4P3/8/8/K6N w - - 0 1";
 
-// A single legal move is played without a search, whatever the depth; one ply without a time
-// limit plays the static best; with two plies and a limit of -1000 the clock refuses a second
-// iteration. The depth setting and the limit are left alone.
+// A single legal move is played without a search; one ply without a time limit plays the static
+// best; with two plies and a limit of -1000 the clock refuses a second iteration.
 TEST_F(Search, DriverShortcuts) {
     bookEnabled = 0;
     const struct {
@@ -544,10 +523,9 @@ TEST_F(Search, PonderingCredit) {
         EXPECT_EQ(game.ponderMode, c[3]) << c[2];
         EXPECT_EQ(game.ponderTime, c[4]) << c[2];
     }
-    // 55 seconds and two plies at least; taking the queen on d4 is plainly best. The depth-2
-    // iteration always runs; another starts while credit plus elapsed time stays within a
-    // quarter of credit plus limit: with 1000 seconds of credit (> 1055 / 4) none does. Without,
-    // the depth-3 iteration runs, after which the best move has held twice and the search ends.
+    // 55 seconds, two plies at least, Qxd4 plainly best: after depth 2 an iteration starts only
+    // while credit plus time spent is within a quarter of credit plus limit (1000 > 1055 / 4).
+    // Without credit depth 3 runs, after which the best move has held twice.
     bookEnabled = 0;
     fullWidthDepth = 16;
     searchTimeLimit = 55;
