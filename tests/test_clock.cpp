@@ -207,8 +207,6 @@ TEST_F(Clock, PollAndInterrupt) {
     EXPECT_EQ(auto232Mode, 0);
 }
 
-// ---- the UCI program ----------------------------------------------------------------------------
-
 // A clock for `side`: time, increment, movestogo; the opponent's clock plays no part.
 GoCommand go(int64_t time, int64_t increment, int64_t movesToGo, Side side = white) {
     GoCommand g{{-1, -1}, {-1, -1}, movesToGo, -1, -1, -1, false, false};

@@ -14,8 +14,6 @@
 
 namespace {
 
-// ---- game end -----------------------------------------------------------------------------------
-
 class GameEnd : public ::testing::Test {
 protected:
     void SetUp() override { resetGameState(game); }
@@ -113,8 +111,6 @@ TEST_F(GameEnd, RepetitionCountsOnlySameSidePositionsSinceTheLastIrreversibleMov
     }
 }
 
-// ---- the word reader ----------------------------------------------------------------------------
-
 // Each test puts a pipe holding its text on descriptor 0.
 class Input : public ::testing::Test {
 protected:
@@ -200,8 +196,6 @@ TEST_F(Input, WaitingInput) {
     EXPECT_TRUE(inputWaiting());
     close(writer);
 }
-
-// ---- the display --------------------------------------------------------------------------------
 
 TEST(Display, BlackAtTheBottomReadsFilesHToA) {
     static GameState game;

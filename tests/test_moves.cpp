@@ -177,10 +177,9 @@ TEST(MoveGen, PseudoLegalAgreesWithTheGenerator) {
     }
 }
 
-// ---- attacked squares ---------------------------------------------------------------------------
-
-// Squares the opponent of `side` attacks, and squares it does not. Every piece ends a ray, own or
-// enemy; pawns take forward only; the content of the square itself and en passant play no part.
+// Squares the opponent of `side` attacks, and squares it does not; K is the king of `side`, found
+// from the king fields (the rank given is ignored). Every piece ends a ray, own or enemy; pawns
+// take forward only; the content of the square itself and en passant play no part.
 TEST(Attacks, SquareSafety) {
     const struct {
         const char* fen;
@@ -190,8 +189,11 @@ TEST(Attacks, SquareSafety) {
     } cases[] = {
         {startFen, black, "e3 h3", "h4"}, // pawns d2, f2 and the knight on g1
         {startFen, white, "e6", "e3 e4"},
-        {"4r2k/8/8/8/8/8/8/4K3 w - - 0 1", white, "e1", ""},
-        {"4r2k/8/8/8/8/8/4P3/4K3 w - - 0 1", white, "e2", "e1"},
+        {"4r2k/8/8/8/8/8/8/4K3 w - - 0 1", white, "e1 K", ""},
+        {"4r2k/8/8/8/8/8/4P3/4K3 w - - 0 1", white, "e2", "e1 K"},
+        {"4k3/8/8/8/8/8/8/R3K3 b - - 0 1", black, "", "K"},
+        {"k7/8/8/8/8/8/8/R3K3 b - - 0 1", black, "K", ""},
+        {"k7/8/8/8/8/8/8/R3K3 b - - 0 1", white, "", "K"},
         {"7k/8/8/3p4/8/8/8/K7 w - - 0 1", white, "e4 c4", "d4 e5 c5 e6 f3"},
         {"7k/8/8/3p4/8/8/8/K7 w - - 0 1", black, "", "e4"},
         {"7k/8/8/8/4P3/8/8/K7 b - - 0 1", black, "d5 f5", "d3 e5 g6"},
@@ -209,33 +211,13 @@ TEST(Attacks, SquareSafety) {
         for (const bool attacked : {true, false}) {
             std::istringstream squares(attacked ? c.attacked : c.open);
             for (std::string s; squares >> s;) {
-                EXPECT_EQ(isSquareSafe(pos, c.side, s[0] - 'a', s[1] - '1'), attacked ? 0 : 1)
+                const int32_t file = s == "K" ? -1 : s[0] - 'a';
+                EXPECT_EQ(isSquareSafe(pos, c.side, file, s == "K" ? 5 : s[1] - '1'), !attacked)
                     << c.fen << " " << s;
             }
         }
     }
 }
-
-// A file of -1 asks about the king of `side`, found from the king fields; the rank is ignored.
-TEST(Attacks, KingSquareFromTheKingFields) {
-    const struct {
-        const char* fen;
-        Side side;
-        int32_t safe;
-    } cases[] = {
-        {"4r2k/8/8/8/8/8/8/4K3 w - - 0 1", white, 0},
-        {"4r2k/8/8/8/8/8/4P3/4K3 w - - 0 1", white, 1},
-        {"4k3/8/8/8/8/8/8/R3K3 b - - 0 1", black, 1},
-        {"k7/8/8/8/8/8/8/R3K3 b - - 0 1", black, 0},
-        {"k7/8/8/8/8/8/8/R3K3 b - - 0 1", white, 1},
-    };
-    for (const auto& c : cases) {
-        for (const int32_t rank : {0, 5})
-            EXPECT_EQ(isSquareSafe(fromFen(c.fen), c.side, -1, rank), c.safe) << c.fen;
-    }
-}
-
-// ---- static exchange ----------------------------------------------------------------------------
 
 // White's view of the best stopping point, without and with the pin test: the least valuable
 // piece captures first, either side may stop, a rear rook joins through the front one, a pawn
@@ -283,8 +265,6 @@ TEST(Exchange, OutcomesOfCaptureSeries) {
         }
     }
 }
-
-// ---- moves as text ------------------------------------------------------------------------------
 
 TEST(MoveText, CoordinatesAndPromotionLetter) {
     const struct {
