@@ -78,7 +78,8 @@ TEST(Position, MaterialCountsLiveSlots) {
 
 // The phase counts the stronger side's material in pawns (queen 9, rook 5, minor 3) without the
 // king: 31 or more is 0, 23 to 30 is 1, 17 to 22 is 2, 11 to 16 is 3, 5 to 10 is 4, less is 5;
-// the lazy margin is 1200 + 400 per phase. The balance is White's material less Black's.
+// the lazy margin is 1200 + 400 per phase. The balance is White's material less Black's (a pawn
+// 1000): here the stronger side's count, but for Q+N (12) against R (5).
 TEST(Position, GamePhaseLazyMarginAndBalance) {
     const struct {
         const char* fen;
@@ -86,7 +87,7 @@ TEST(Position, GamePhaseLazyMarginAndBalance) {
     } cases[] = {
         {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", 5, 0},
         {startFen, 0, 0},
-        {"4k3/8/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1", 0, 39000}, // a full army against a king
+        {"4k3/8/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1", 0, 39000},
         {"rnbqkbnr/pppppppp/8/8/8/8/8/4K3 w kq - 0 1", 0, -39000},
         {"4k3/8/8/8/8/8/PPPPPPPP/1NBQK2R w - - 0 1", 1, 28000},
         {"4k3/8/8/8/8/8/PP6/1NBQK2R w - - 0 1", 2, 22000},
@@ -101,7 +102,7 @@ TEST(Position, GamePhaseLazyMarginAndBalance) {
         {"4k3/8/8/8/8/8/8/2BQK2R w - - 0 1", 2, 17000},
         {"4k3/8/8/8/8/8/PPPPP3/RNBQK2R w - - 0 1", 1, 30000},
         {"4k3/8/8/8/8/8/PPPPPP2/RNBQK2R w - - 0 1", 0, 31000},
-        {"4k3/8/8/3r4/8/8/8/1N1QK3 w - - 0 1", 3, 7000}, // 12 against 5
+        {"4k3/8/8/3r4/8/8/8/1N1QK3 w - - 0 1", 3, 7000},
     };
     for (const auto& c : cases) {
         Board b(c.fen);
@@ -111,41 +112,31 @@ TEST(Position, GamePhaseLazyMarginAndBalance) {
     }
 }
 
-TEST(Keys, RandomSourceFirstOutputsAndWrapOfTheShortLag) {
-    resetRandom();
-    EXPECT_EQ(nextRandom(), 0x039B11BFu);
-    EXPECT_EQ(nextRandom(), 0x4890D6A4u);
-    EXPECT_EQ(nextRandom(), 0x37539B8Au); // seeds 21 and 52 added
-    EXPECT_EQ(nextRandom(), 0xA7E3A104u); // seeds 20 and 51 added
-    for (int32_t i = 5; i <= 24; ++i)
-        nextRandom();
-    // The 25th draw reads entry 54 again, which now holds the first output, plus seed 30.
-    EXPECT_EQ(nextRandom(), 0xABF131AAu);
-    resetRandom();
-    EXPECT_EQ(nextRandom(), 0x039B11BFu);
-    freshKeys();
-}
-
 // Keys are drawn two outputs each (high half first): pieces by row and square, then en passant,
-// then castling.
+// then castling. Key 12 begins with the 25th draw, where the short lag wraps onto the first output.
+// Drawing afresh restarts the random source.
 TEST(Keys, TablesFollowTheDrawOrder) {
-    freshKeys();
-    const PositionKey cases[][2] = {
-        {pieceSquareKeys[0][0], 0x039B11BF4890D6A4ULL},
-        {pieceSquareKeys[0][1], 0x37539B8AA7E3A104ULL},
-        {pieceKey(-6, 0, 0), 0x039B11BF4890D6A4ULL},      // the black king is row 0
-        {pieceSquareKeys[11][63], 0x15B45CD59475361BULL}, // white king on h8
-        {enPassantKeys[0], 0x9550B69B55772368ULL},
-        {enPassantKeys[15], 0x53630E1F8FA3E91CULL},
-        {castlingKeys[0][0], 0xB7F48C0816573A4EULL},
-        {castlingKeys[1][0], 0x9690E409E1C1E4BCULL},
-        {castlingKeys[0][1], 0x2DDE33BB5F2BF442ULL},
-        {castlingKeys[1][1], 0x64F407A1CD4CEFBAULL},
-        {castlingKeys[0][2], 0xB197E00B9AB36C33ULL},
-        {castlingKeys[1][2], 0x75AF37B0B1E2CD49ULL},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(c[0], c[1]) << &c - cases;
+    for (int32_t round = 0; round < 2; ++round) {
+        freshKeys();
+        const PositionKey cases[][2] = {
+            {pieceSquareKeys[0][0], 0x039B11BF4890D6A4ULL},
+            {pieceSquareKeys[0][1], 0x37539B8AA7E3A104ULL},
+            {pieceSquareKeys[0][12] >> 32, 0xABF131AAULL},
+            {pieceKey(-6, 0, 0), 0x039B11BF4890D6A4ULL},      // the black king is row 0
+            {pieceSquareKeys[11][63], 0x15B45CD59475361BULL}, // white king on h8
+            {enPassantKeys[0], 0x9550B69B55772368ULL},
+            {enPassantKeys[15], 0x53630E1F8FA3E91CULL},
+            {castlingKeys[0][0], 0xB7F48C0816573A4EULL},
+            {castlingKeys[1][0], 0x9690E409E1C1E4BCULL},
+            {castlingKeys[0][1], 0x2DDE33BB5F2BF442ULL},
+            {castlingKeys[1][1], 0x64F407A1CD4CEFBAULL},
+            {castlingKeys[0][2], 0xB197E00B9AB36C33ULL},
+            {castlingKeys[1][2], 0x75AF37B0B1E2CD49ULL},
+        };
+        for (const auto& c : cases)
+            EXPECT_EQ(c[0], c[1]) << &c - cases;
+        nextRandom();
+    }
 }
 
 // Whole positions; the side to move is not part of the key.

@@ -1,5 +1,5 @@
-// The console program's parts: game-end adjudication on hand-made game records, the word reader
-// on standard input, and the board and last-move lines.
+// The console program's game-end adjudication on hand-made game records and its word reader on
+// standard input.
 #include <climits>
 #include <string>
 #include <unistd.h>
@@ -7,7 +7,6 @@
 
 #include "core/movegen.h"
 #include "helpers.h"
-#include "ui/display.h"
 #include "ui/gameend.h"
 #include "ui/input.h"
 #include "ui/record.h"
@@ -69,41 +68,30 @@ TEST_F(GameEnd, MatesAndMaterialDraws) {
     }
 }
 
-TEST_F(GameEnd, FiftyMoves) {
-    setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
-    for (int32_t i = 0; i <= 100; ++i)
-        game.search.keyHistory[i] = i + 1; // no repetition
-    game.search.keyCount = 99;
-    game.search.fiftyMoveCounter = 99;
-    EXPECT_EQ(adjudicate(), "");
-    game.search.keyCount = 100;
-    game.search.fiftyMoveCounter = 100;
-    EXPECT_EQ(adjudicate(), "1/2-1/2 {Rule of 50 moves}\n");
-    EXPECT_EQ(game.lastLegalIndex, -1);
-}
-
 // Two earlier occurrences with the same side to move (even distance) since the last capture or
-// pawn move make the third.
-TEST_F(GameEnd, RepetitionCountsOnlySameSidePositionsSinceTheLastIrreversibleMove) {
+// pawn move make the third; a hundred plies without one end the game.
+TEST_F(GameEnd, RepetitionAndFiftyMoves) {
     setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
     const PositionKey now = game.search.keyHistory[0];
     const struct {
-        int32_t fifty;
-        int32_t repeated[3]; // the entries 0..7 holding the current key
+        int32_t keyCount, fifty;
+        int32_t repeated[2]; // earlier entries holding the current key
         const char* lines;
     } cases[] = {
-        {8, {0, 4, -1}, "1/2-1/2 {Draw by repetition}\n"},
-        {6, {0, 4, -1}, ""}, // a pawn move or capture six plies ago
-        {8, {3, 5, -1}, ""}, // the other side to move
+        {8, 8, {0, 4}, "1/2-1/2 {Draw by repetition}\n"},
+        {8, 6, {0, 4}, ""}, // a pawn move or capture six plies ago
+        {8, 8, {3, 5}, ""}, // the other side to move
+        {99, 99, {-1, -1}, ""},
+        {100, 100, {-1, -1}, "1/2-1/2 {Rule of 50 moves}\n"},
     };
     for (const auto& c : cases) {
-        for (int32_t i = 0; i < 8; ++i)
+        for (int32_t i = 0; i < c.keyCount; ++i)
             game.search.keyHistory[i] = 100 + i;
         for (const int32_t entry : c.repeated) {
             if (entry >= 0) game.search.keyHistory[entry] = now;
         }
-        game.search.keyHistory[8] = now;
-        game.search.keyCount = 8;
+        game.search.keyHistory[c.keyCount] = now;
+        game.search.keyCount = c.keyCount;
         game.search.fiftyMoveCounter = c.fifty;
         game.userSide = white;
         EXPECT_EQ(adjudicate(), c.lines) << c.fifty << " " << c.repeated[0];
@@ -195,36 +183,6 @@ TEST_F(Input, WaitingInput) {
     ASSERT_EQ(write(writer, "\n", 1), 1);
     EXPECT_TRUE(inputWaiting());
     close(writer);
-}
-
-TEST(Display, BlackAtTheBottomReadsFilesHToA) {
-    static GameState game;
-    resetGameState(game);
-    // Rank 1 on top, h1 first: h1 is a light square, so its rook shows as " R".
-    const std::string border = "   +---+---+---+---+---+---+---+---+\n";
-    const std::string files = "     h   g   f   e   d   c   b   a\n";
-    const char* const ranks[] = {
-        " 1 | R |.N | B |.K | Q |.B | N |.R | 1\n", " 2 |.@ | @ |.@ | @ |.@ | @ |.@ | @ | 2\n",
-        " 3 |   | . |   | . |   | . |   | . | 3\n", " 4 | . |   | . |   | . |   | . |   | 4\n",
-        " 5 |   | . |   | . |   | . |   | . | 5\n", " 6 | . |   | . |   | . |   | . |   | 6\n",
-        " 7 | * |.* | * |.* | * |.* | * |.* | 7\n", " 8 |.r | n |.b | k |.q | b |.n | r | 8\n"};
-    std::string expected = "\n" + files + border;
-    for (const char* rank : ranks)
-        expected += rank + border;
-    EXPECT_EQ(captureStdout([&] { showBoard(game.position, -1); }), expected + files);
-}
-
-TEST(Display, LastMoveLines) {
-    static GameState game;
-    resetGameState(game);
-    const auto shown = [&] { return captureStdout([&] { showLastMove(game); }); };
-    EXPECT_EQ(shown(), "White to move\n");
-    playMove(game, mv("e2e4"));
-    game.turn = black;
-    EXPECT_EQ(shown(), "  1. e2e4  is the last move\nBlack to move\n");
-    playMove(game, mv("e7e5"));
-    game.turn = white;
-    EXPECT_EQ(shown(), "  1. ... e7e5  is the last move\nWhite to move\n");
 }
 
 } // namespace
