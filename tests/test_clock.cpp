@@ -158,24 +158,22 @@ TEST_F(Clock, ChargingAfterTheSearch) {
 }
 
 // The time command sets the clock 5 seconds short (centiseconds truncated) and the surplus to
-// the clock less the session's share still to play: with sessions, (moves left x seconds) /
-// moves; with all moves in one, seconds x (60 - m) / 60 up to move 60, then nothing.
+// the clock less the session's share still to play at move m = ply / 2 + 1: with sessions,
+// (moves left x seconds) / moves, m mod 40 moves being played (ply 21: 29 x 300 / 40 = 217;
+// ply 81 and 80: 39 and 40 left); with all moves in one, seconds x (60 - m) / 60 up to move 60
+// (ply 13: 100 x 53 / 60 = 88), then nothing.
 TEST_F(Clock, TimeCommand) {
     const struct {
         int32_t moves, seconds, ply;
         long centiseconds;
         int32_t clock, surplus;
     } cases[] = {
-        {40, 300, 0, 30000, 295, -5},    // 295 - 300
-        {40, 300, 21, 25099, 245, 28},   // m = 11: 29 moves left, 217
-        {40, 300, 81, 20000, 195, -97},  // m = 41, the second session: 292
-        {40, 300, 80, 20000, 195, -105}, // m = 40: a session just ended, all 40 again
-        {0, 3600, 0, 360000, 3595, -5},  {0, 3600, 59, 200000, 1995, 195}, // m = 30
-        {0, 3600, 117, 10000, 95, 35},                                     // m = 59
-        {0, 3600, 119, 10000, 95, 95}, // m = 60: nothing left to reserve
-        {0, 100, 13, 9000, 85, -3},    // m = 7: 100 x 53 / 60 = 88.3
-        {0, 3600, 121, 4550, 40, 40},    {0, 3600, 300, 1000, 5, 5},
-        {0, 3600, 0, 250, -3, any},
+        {40, 300, 0, 30000, 295, -5},   {40, 300, 21, 25099, 245, 28},
+        {40, 300, 81, 20000, 195, -97}, {40, 300, 80, 20000, 195, -105},
+        {0, 3600, 0, 360000, 3595, -5}, {0, 3600, 59, 200000, 1995, 195},
+        {0, 3600, 117, 10000, 95, 35},  {0, 3600, 119, 10000, 95, 95},
+        {0, 100, 13, 9000, 85, -3},     {0, 3600, 121, 4550, 40, 40},
+        {0, 3600, 300, 1000, 5, 5},     {0, 3600, 0, 250, -3, any},
     };
     for (const auto& c : cases) {
         setUp(c.moves, c.seconds, 0, c.ply, any, 0);
@@ -258,13 +256,10 @@ TEST(UciTime, PlansFollowTheSharingRule) {
     }
 }
 
-// Two tables of 24-byte entries: 2^n entries take 48 x 2^n bytes.
+// Two tables of 24-byte entries: 2^n entries take 48 x 2^n bytes, 786432 for n = 14 and 1 MB;
+// 16 MB hold 12 MB (n = 18) but not 24; 24 MB hold 2^19 exactly; 16 GB hold 12 GB.
 TEST(UciTime, HashMegabytesGiveTheLargestPowerOfTwoThatFits) {
-    const int64_t cases[][2] = {{1, 14},  // 786432 <= 1048576 < 48 x 32768
-                                {16, 18}, // 12 MB of 16; 2^19 would take 24 MB
-                                {24, 19}, // exactly 24 MB
-                                {23, 18},
-                                {16384, 28}};
+    const int64_t cases[][2] = {{1, 14}, {16, 18}, {24, 19}, {23, 18}, {16384, 28}};
     for (const auto& c : cases)
         EXPECT_EQ(hashBitsFor(c[0]), c[1]) << c[0] << " MB";
 }

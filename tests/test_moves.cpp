@@ -285,7 +285,8 @@ TEST(MoveText, CoordinatesAndPromotionLetter) {
 
 // The console's move reader: short algebraic leniently (either case of the piece letter, o-o,
 // =Q or /Q), then coordinates with or without a dash; marks after the target are ignored and so
-// is all past the ninth character. "" where no legal move is named.
+// is all past the ninth character. An ambiguous move is the first in list order (from the highest
+// slot). "" where no legal move is named.
 TEST(MoveText, InputSelectsTheLegalMoveNamed) {
     const char* const black = "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1";
     const char* const knights = "4k3/8/8/8/8/5N2/8/1N2K3 w - - 0 1";
@@ -316,7 +317,7 @@ TEST(MoveText, InputSelectsTheLegalMoveNamed) {
         {startFen, "Xf3", ""},
         {startFen, "Nf3+", "g1f3"},
         {startFen, "Nf3++++++e5", "g1f3"},
-        {knights, "Nd2", "f3d2"}, // ambiguous: the first in list order, from the highest slot
+        {knights, "Nd2", "f3d2"},
         {knights, "Nbd2", "b1d2"},
         {knights, "Nfd2", "f3d2"},
         {knights, "N1d2", "b1d2"},
