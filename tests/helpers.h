@@ -1,6 +1,4 @@
-// What the unit tests share: positions from FEN, squares and moves as text, a board with its
-// companions, and captured standard output. The key tables and the material scale are set up
-// once, before the first test.
+// What the unit tests share; the key tables and the material scale are set up before the first.
 #pragma once
 #include <gtest/gtest.h>
 

@@ -1,6 +1,4 @@
-// The move language and the game files of the analysis tools: SAN written and read (every
-// expected text below is the standard notation of the move, worked out on the diagram), and the
-// PGN reader on the inputs that go wrong in real files.
+// The analysis tools' SAN, written and read, their value text, and the PGN reader on bad input.
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -59,9 +57,7 @@ TEST(Analysis, SanIsWrittenWithWhatTheMoveNeeds) {
     }
 }
 
-// The move a SAN text names, in coordinates, or why it is refused. More than is needed still
-// names one move, capture and check marks are not checked, a promotion must name its piece,
-// castling is written O-O (or 0-0).
+// The move a SAN text names, or why it is refused; capture and check marks are not checked.
 TEST(Analysis, SanIsReadStrictlyWhereItMatters) {
     const char* const overlong = "Nbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbd2";
     const char* const illegal = "illegal move";
@@ -193,9 +189,8 @@ TEST(Analysis, PgnReaderKeepsTheMainLineAndSkipsOnlyWhatIsBad) {
     EXPECT_EQ(setUp.startSide, black);
 }
 
-// A search value (twice the evaluation, the side to move's view) in pawns from White's side:
-// 700 for White is 350 thousandths. A mate in n moves is Mn: White mating on the next ply, Black
-// on its second move (three plies), Black mated after one move each, White four plies on.
+// A search value (twice the evaluation, the mover's view) in pawns, or Mn for a mate in n moves,
+// from White's side.
 TEST(Analysis, ValuesAreWrittenFromWhitesSide) {
     const struct {
         int32_t value;

@@ -1,5 +1,4 @@
-// The board and its companions: the start position, the piece lists, the material, the game
-// phase, the position keys, and moves made and taken back, by hand and over whole trees.
+// The board, its companions and keys, and moves made and taken back, by hand and over trees.
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
@@ -76,10 +75,7 @@ TEST(Position, MaterialCountsLiveSlots) {
     EXPECT_EQ(material.sum[0], 0);
 }
 
-// The phase counts the stronger side's material in pawns (queen 9, rook 5, minor 3) without the
-// king: 31 or more is 0, 23 to 30 is 1, 17 to 22 is 2, 11 to 16 is 3, 5 to 10 is 4, less is 5;
-// the lazy margin is 1200 + 400 per phase. The balance is White's material less Black's (a pawn
-// 1000): here the stronger side's count, but for Q+N (12) against R (5).
+// Phase by the stronger side's pawns' worth (Q 9, R 5, minor 3): 31+ 0, 23 1, 17 2, 11 3, 5 4.
 TEST(Position, GamePhaseLazyMarginAndBalance) {
     const struct {
         const char* fen;
@@ -112,9 +108,8 @@ TEST(Position, GamePhaseLazyMarginAndBalance) {
     }
 }
 
-// Keys are drawn two outputs each (high half first): pieces by row and square, then en passant,
-// then castling. Key 12 begins with the 25th draw, where the short lag wraps onto the first output.
-// Drawing afresh restarts the random source.
+// Keys take two draws each, high half first: pieces, en passant, castling. Draw 25 (key 12) is
+// where the short lag wraps; drawing afresh restarts the source.
 TEST(Keys, TablesFollowTheDrawOrder) {
     for (int32_t round = 0; round < 2; ++round) {
         freshKeys();
@@ -176,8 +171,7 @@ TEST(Keys, EachFeatureAddsItsOwnKey) {
         pos.blackCastling = 0;
     }
     EXPECT_NE(castlingKeys[0][2], castlingKeys[0][0] ^ castlingKeys[0][1]);
-    // White's double step on file f (value f + 1) uses entry f + 8; Black's (value -(f + 1))
-    // entry 7 - f.
+    // White's double step on file f (value f + 1) uses entry f + 8, Black's entry 7 - f.
     for (int32_t file = 0; file < 8; ++file) {
         pos.enPassant = -(file + 1);
         EXPECT_EQ(computeKey(pos) ^ kings, enPassantKeys[7 - file]);
@@ -202,10 +196,7 @@ PieceLists readable(PieceLists lists, const Position& pos) {
     return lists;
 }
 
-// Plays `m` and tells what went wrong, "" for nothing: the key is the one predicted before the
-// move and the one computed from scratch, the companions pass the program's own check, the moved
-// piece (and a castling rook) keeps its slot, and a capture, en passant too, reports the slot of
-// the victim, now dead; a quiet move leaves the report alone.
+// Plays `m`, "" when all is well: keys, companions, slots kept, the victim's slot reported dead.
 std::string playChecked(Board& b, Side side, const Move& m, MoveUndo& undo) {
     const int32_t from = squareIndex(m.fromFile, m.fromRank);
     const int32_t to = squareIndex(m.toFile, m.toRank);
@@ -242,9 +233,7 @@ std::string takeBackChecked(Board& b, Side side, const Move& m, const MoveUndo& 
     return "";
 }
 
-// The special moves: castling moves its rook and ends both rights, a rook leaving or lost from
-// its corner ends one, a double step sets en passant for one move only, en passant removes the
-// pawn beside, a pawn promotes to the piece named. The side to move is never touched.
+// Castling, rights lost, en passant set for one move and taken, promotions; side to move kept.
 TEST(MakeMove, SpecialMovesLeaveTheBoardTheirFenDescribes) {
     const char* const corners = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
     const struct {
@@ -301,10 +290,8 @@ TEST(MakeMove, SpecialMovesLeaveTheBoardTheirFenDescribes) {
     }
 }
 
-// Walks the trees of positions rich in pins, checks, promotions, castling and en passant, making
-// and taking back every pseudo-legal move. At each node the legal moves are those the legal
-// generator lists, and the quick tests of a king left attacked and of a check given, and the
-// attack map, agree with the full test of a square wherever they apply.
+// Every pseudo-legal move made and taken back; the legal generator, the quick king and check
+// tests and the attack map agree with the full square test.
 struct Walk {
     uint64_t nodes = 0;
     uint64_t failures = 0;

@@ -1,6 +1,4 @@
-// The clocks: the console engine's time budget, depth cut and account after a search, the
-// interface's time command, the poll's clock and Ctrl-C; the UCI program's time plan and hash
-// sizes.
+// The console engine's clock, budget and depth cut, the poll and Ctrl-C; the UCI time plan.
 #include <climits>
 #include <csignal>
 #include <ctime>
@@ -37,8 +35,7 @@ protected:
         auto232Mode = 0;
     }
 
-    // The level command's settings (moves per session, seconds, bonus): the clock starts again,
-    // 5 seconds short. Then the ply about to be played, the engine's clock and its surplus.
+    // The level (moves per session, seconds, bonus), the ply, the engine's clock and surplus.
     void setUp(int32_t moves, int32_t seconds, int32_t bonus, int32_t ply, int32_t clock,
                int32_t surplus) {
         game.sessionMoves = moves;
@@ -50,8 +47,7 @@ protected:
         game.plyCount = ply;
     }
 
-    // updateClock after a search that has run `elapsed` whole seconds; a run that straddles a
-    // second boundary is repeated, so that the elapsed time is exact.
+    // updateClock after `elapsed` seconds, repeated when it straddles a second boundary.
     void chargeAfter(int32_t elapsed, const TimeBudget& budget) {
         const GameState before = game;
         const int32_t depthBefore = fullWidthDepth;
@@ -70,12 +66,8 @@ protected:
     int32_t saved[4] = {fullWidthDepth, quiescenceDepth, searchTimeLimit, interruptMode};
 };
 
-// All moves in 60 minutes: a 60th plus the surplus (minus 5 on the first move), a tenth of the
-// clock from move 50 with a bonus of at most 2 (and beyond move 60 the surplus alone with a
-// larger bonus); early stop at min(3600 / 120, limit / 2). 40 moves in 5 minutes: the surplus
-// plus 7; early stop (300 / 40) / 2 = 3. A budget of 0 or less still gets one second, and one
-// of -5 or less cuts a deeper setting to two plies. With a bonus of at most 2, a clock of 3
-// seconds means one ply, and up to 20 seconds two plies when all moves share one session.
+// The budget: a 60th or the surplus + 7 per move, a tenth of the clock from move 50; a short clock
+// or a budget of -5 cuts the depth.
 TEST_F(Clock, BudgetsAndDepthCuts) {
     const struct {
         const char* what;
@@ -128,9 +120,7 @@ TEST_F(Clock, BudgetsAndDepthCuts) {
     }
 }
 
-// After the search the depth setting comes back and the elapsed seconds are charged: the clock
-// gains the bonus, the surplus gains the budget (before its floor of one second); nothing at all
-// without time control.
+// After the search: the depth back, the clock + bonus - elapsed, the surplus + budget - elapsed.
 TEST_F(Clock, ChargingAfterTheSearch) {
     const struct {
         const char* what;
@@ -157,11 +147,7 @@ TEST_F(Clock, ChargingAfterTheSearch) {
     }
 }
 
-// The time command sets the clock 5 seconds short (centiseconds truncated) and the surplus to
-// the clock less the session's share still to play at move m = ply / 2 + 1: with sessions,
-// (moves left x seconds) / moves, m mod 40 moves being played (ply 21: 29 x 300 / 40 = 217;
-// ply 81 and 80: 39 and 40 left); with all moves in one, seconds x (60 - m) / 60 up to move 60
-// (ply 13: 100 x 53 / 60 = 88), then nothing.
+// The time command: the clock 5 s short, the surplus the clock less the share still to play.
 TEST_F(Clock, TimeCommand) {
     const struct {
         int32_t moves, seconds, ply;
@@ -184,8 +170,7 @@ TEST_F(Clock, TimeCommand) {
     }
 }
 
-// The poll raises the stop flag once the limit has passed, never without a limit (0 or -1000),
-// and never clears it; Ctrl-C ends the search and the wait for a move file.
+// The poll stops a search past its limit, never without one; Ctrl-C ends search and file wait.
 TEST_F(Clock, PollAndInterrupt) {
     const struct {
         int32_t limit, startedAgo, flagBefore, flagAfter;
@@ -218,9 +203,7 @@ GoCommand other(int64_t moveTime, int64_t depth, bool infinite) {
     return GoCommand{{-1, -1}, {-1, -1}, -1, moveTime, depth, -1, infinite, false};
 }
 
-// pool = time + increment x (n - 1) - overhead x (n + 2) with n moves to go (30 in sudden
-// death, at most 40); share = pool / n; budget twice the share, early stop half of it, but
-// never past a third of the clock less overhead, nor below 1 ms.
+// Twice a share of time + increments - overheads over n moves (30, at most 40), within a third.
 TEST(UciTime, PlansFollowTheSharingRule) {
     const int32_t never = 2000000000; // an early stop that never comes
     const struct {
@@ -256,8 +239,7 @@ TEST(UciTime, PlansFollowTheSharingRule) {
     }
 }
 
-// Two tables of 24-byte entries: 2^n entries take 48 x 2^n bytes, 786432 for n = 14 and 1 MB;
-// 16 MB hold 12 MB (n = 18) but not 24; 24 MB hold 2^19 exactly; 16 GB hold 12 GB.
+// Two tables of 24-byte entries: 2^n entries take 48 x 2^n bytes.
 TEST(UciTime, HashMegabytesGiveTheLargestPowerOfTwoThatFits) {
     const int64_t cases[][2] = {{1, 14}, {16, 18}, {24, 19}, {23, 18}, {16384, 28}};
     for (const auto& c : cases)

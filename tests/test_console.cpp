@@ -1,5 +1,4 @@
-// The console program's game-end adjudication on hand-made game records and its word reader on
-// standard input.
+// The console program's game-end adjudication and its word reader on standard input.
 #include <climits>
 #include <string>
 #include <unistd.h>
@@ -38,8 +37,7 @@ protected:
     GameState game;
 };
 
-// Mate and stalemate stop the engine in every mode; a draw stops it only in console mode, and
-// xboard mode only hears the line. King and three pawns (15000, like a minor piece) play on.
+// Mates stop the engine in every mode, draws only in console mode; king and three pawns play on.
 TEST_F(GameEnd, MatesAndMaterialDraws) {
     const char* const noMaterial = "1/2-1/2 {Neither player has mating material}\n";
     const struct {
@@ -68,8 +66,7 @@ TEST_F(GameEnd, MatesAndMaterialDraws) {
     }
 }
 
-// Two earlier occurrences with the same side to move (even distance) since the last capture or
-// pawn move make the third; a hundred plies without one end the game.
+// Two earlier occurrences, same side to move, since the last irreversible move; 100 plies.
 TEST_F(GameEnd, RepetitionAndFiftyMoves) {
     setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
     const PositionKey now = game.search.keyHistory[0];
@@ -109,8 +106,7 @@ protected:
         resetInput();
     }
 
-    // Standard input becomes a pipe holding `text`, closed behind it unless `keepOpen`; returns
-    // the writing end when kept open.
+    // Standard input becomes a pipe holding `text`; the writing end returned when kept open.
     int feed(const std::string& text, bool keepOpen = false) {
         int ends[2];
         EXPECT_EQ(pipe(ends), 0);
@@ -130,8 +126,7 @@ protected:
     int savedStdin = -1;
 };
 
-// Words are separated by any white space; an overlong word is cut to 511 characters and the rest
-// of it discarded.
+// Any white space separates words; an overlong word is cut to 511 characters, its rest dropped.
 TEST_F(Input, Words) {
     feed("  e4\te5\r\n\n Nf3  \vquit " + std::string(600, 'x') + " next");
     for (const std::string& word : std::vector<std::string>{
@@ -139,8 +134,7 @@ TEST_F(Input, Words) {
         EXPECT_EQ(nextWord(), word);
 }
 
-// Numbers are read as "%ld" would: a number at the start of a word is taken and the rest of the
-// word stays; no number consumes nothing and leaves the value alone; out of range is clamped.
+// Numbers are read as "%ld" would: the rest of a word stays, no number reads nothing, clamped.
 TEST_F(Input, NumbersAreReadLikeScanfLong) {
     feed("12 -7\n+3 40moves x -y 99999999999999999999 -99999999999999999999");
     for (const long expected : {12L, -7L, 3L, 40L}) {
@@ -162,9 +156,7 @@ TEST_F(Input, NumbersAreReadLikeScanfLong) {
     EXPECT_FALSE(readLong(n));
 }
 
-// Input waits while bytes are on the pipe or buffered unread, and at the end of input (a read
-// would not block); not on an open empty pipe, nor for the line end behind a word read; a new
-// line, even an empty one, is a key pressed.
+// Input waits while bytes are unread or at the end; not for the line end behind a word read.
 TEST_F(Input, WaitingInput) {
     feed("go stop");
     EXPECT_TRUE(inputWaiting());

@@ -1,7 +1,4 @@
-// The evaluation, worked by hand on small positions: the material scale and the lazy cut-off,
-// the first pass (piece-square values, attacks, batteries, pins, forks, the attack map), the
-// second pass of each kind of piece (mobility, defence, threats, pawns' paths, kings' shelter)
-// and the settling of threats.
+// The evaluation, worked by hand on small positions.
 #include <map>
 #include <sstream>
 #include <string>
@@ -13,8 +10,7 @@
 
 namespace {
 
-// The first pass as the evaluation runs it, with the second pass's running values set up:
-// effectivePhase 6 without pieces, kingSafetyWeight 7 - 2 * phase with pieces up to phase 3.
+// The first pass, with the second pass's phase (6 without pieces) and king safety weight set up.
 EvalWork firstPass(const Board& b, Side toMove) {
     EvalWork w{};
     startEvalWork(w, b.pos, toMove);
@@ -37,8 +33,7 @@ void secondPass(EvalWork& w, const Board& b, int32_t q) {
     }
 }
 
-// Both passes over every piece, Black first, each list from its highest slot, without the final
-// settling of threats.
+// Both passes over every piece, Black first, highest slot first, threats not settled.
 EvalWork bothPasses(const Board& b, Side toMove) {
     EvalWork w = firstPass(b, toMove);
     for (const Side side : {black, white}) {
@@ -50,9 +45,7 @@ EvalWork bothPasses(const Board& b, Side toMove) {
     return w;
 }
 
-// Checks words against the work record: a kind word (value, balance, cheapestWhite,
-// cheapestBlack, pinned) and then "square=figure" words of that kind ("-" for no attacker), or
-// a total or threat: blackTotal=, whiteTotal=, threat1=, threat2=, other=, threatSquare=.
+// Checks "kind square=figure ..." ("-" no attacker) and "total=figure" words against the record.
 void expectFigures(const EvalWork& w, const std::string& text) {
     std::istringstream words(text);
     std::string kind;
@@ -83,8 +76,7 @@ void expectFigures(const EvalWork& w, const std::string& text) {
     }
 }
 
-// The scale rises to its top at index 591 and falls after; entries whose exact value is a whole
-// number come out one lower in extended precision (225, 325, 800, 900).
+// The scale tops at 591; whole-number entries (225, 325, 800, 900) come out one lower.
 TEST(MaterialScale, Entries) {
     const int32_t cases[][2] = {
         {0, -18339},  {1, -18086},  {7, -16577},  {23, -12628}, {39, -8788},
@@ -115,8 +107,7 @@ TEST(MaterialScale, MaterialTerm) {
         EXPECT_EQ(materialTerm(c.material), c.term) << c.material.sum[0];
 }
 
-// The lazy cut-off answers material +- lazyMargin, leaving the totals, when twice that estimate
-// fails the bound (equality never cuts); bound 0 always evaluates in full, one node each.
+// Material +- lazyMargin when twice that fails the bound (equality never cuts); 0 means in full.
 TEST(Evaluate, LazyCutOff) {
     const char* const kings = "4k3/8/8/8/4K3/8/8/8 w - - 0 1";
     const char* const queen = "4k3/8/8/8/8/8/8/Q3K3 w - - 0 1";
@@ -161,11 +152,7 @@ TEST(Evaluate, LazyCutOff) {
 const char* const castled = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQ1RK1 w kq - 0 1";
 const char* const pinByRook = "4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1";
 
-// A piece's value is its table entry plus what it attacks and defends: a forked pair adds the
-// smaller victim / 8, a pin or skewer the piece behind / 8 (at half weight), a battery 30; a
-// bare king's entry is multiplied by phase * 16. The balance of a square counts a slider
-// behind a pawn's forward capture or its own piece, but only the front piece attacks; a piece
-// in front of a king or of a piece worth 3000 more is flagged pinned.
+// Table entry plus attacks: forks, pins, skewers, batteries; attack balance; pin flags.
 TEST(Evaluate, FirstPass) {
     const struct {
         const char* fen;
@@ -205,11 +192,7 @@ TEST(Evaluate, FirstPass) {
     }
 }
 
-// One piece's second pass after the first: mobility counts safe moves per line with falling
-// weights; an attacked piece not held costs L / 32 to its side (L its worth, less the cheapest
-// attacker's when defended) and books L / 4 + its value as a threat, or has that charged at
-// once with no safe move. A pawn gains for its front square, steps and path, a king for its
-// safe moves and shelter; a check becomes the largest threat without comparing.
+// Mobility, defence, threats (L / 32 and L / 4 + value), pawns' paths and kings' checks.
 TEST(Evaluate, SecondPassOfOnePiece) {
     const char* const boxed = "k7/8/8/3Pp3/2PRP3/3P4/8/7K w - - 0 1";
     const struct {
@@ -240,8 +223,7 @@ TEST(Evaluate, SecondPassOfOnePiece) {
         // A runaway in a pawn ending: 120 * 24 / 4 + 24 * 500 / 8 doubled, + 4500, + 30 + 10.
         {"7k/8/P7/8/8/8/8/4K3 w - - 0 1", "a6", "value a6=8980 blackTotal=0"},
         {"7k/8/P7/8/8/8/8/4K3 b - - 0 1", "a6", "value a6=8980 blackTotal=0"},
-        // Caught: Black gains 35 + 1000, the weak pawn 200 and 1000 / 32; White not to move, so
-        // its threat 250 + 35 is the other side's.
+        // Caught: Black gains 35 + 1000, 200 and 1000 / 32; White's threat 250 + 35 is other.
         {"8/8/1k6/P7/8/8/8/7K b - - 0 1", "a5",
          "value a5=35 blackTotal=1266 whiteTotal=35 other=285"},
         // Own king a7 in the path: 40 + 540 + 270 + 375, not free, not doubled.
@@ -273,8 +255,7 @@ TEST(Evaluate, SecondPassOfOnePiece) {
     }
 }
 
-// What shelter or castling prospects add to a white king, weight 7 in phase 0: 7 * 1200 * p /
-// 46 per wing with rights, or 7 * 1200 * p / 35 once castled, p counting the pawns in front.
+// Shelter: 7 * 1200 * p / 46 per wing with rights, / 35 once castled, p the pawns in front.
 TEST(Evaluate, KingShelter) {
     const struct {
         const char* fen;
@@ -303,9 +284,7 @@ TEST(Evaluate, KingShelter) {
 TEST(Evaluate, StartPositionPieceByPiece) {
     const Board s;
     const EvalWork w = bothPasses(s, white);
-    // a2: front 30, steps 10 + 5, phalanx 60, rook 50000 / 5000; b2: 45 + 60 + 60 + bishop 16;
-    // c2: 165 + queen 5; f2: 165 + king 4. Knights: 3 + two jumps 230 + rook 16. c1: 6 + queen
-    // 8; f1: 6 + king 6; d1: 24 + king 2.
+    // a2: 30 + 10 + 5 + 60 + rook 10; knights 3 + 230 + 16; d1: 24 + 2. Black mirrors White.
     const struct {
         const char* square;
         int32_t value;
@@ -321,9 +300,7 @@ TEST(Evaluate, StartPositionPieceByPiece) {
     EXPECT_EQ(w.otherThreat, 0);
 }
 
-// After both passes the side to move saves its largest threatened piece and loses half the
-// second; a pinned largest piece cannot be saved; threats against the side not to move are
-// cashed by the side to move.
+// The side to move saves its largest threatened piece (not when pinned), loses half the second.
 TEST(Evaluate, SettlingOfThreats) {
     const struct {
         const char* fen;

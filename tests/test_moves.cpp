@@ -1,5 +1,4 @@
-// Moves: generation order, the legal filter, the pseudo-legality test, attacked squares, the
-// static exchange, and moves written and read as text.
+// Move generation, attacked squares, the static exchange, and moves as text.
 #include <algorithm>
 #include <cstring>
 #include <set>
@@ -58,10 +57,7 @@ const char* const perftFens[] = {
     "rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8",
 };
 
-// Pieces from the highest list slot down (square order from h8 back to a1), each in its own
-// direction order: pawns push before they take and promote to queen first straight ahead, the
-// king steps to the castling square right after the square it passes, a queen walks the
-// diagonals before the lines, each up to the first piece.
+// Highest slot first, each piece in its direction order; castling after the square it passes.
 TEST(MoveGen, GenerationOrder) {
     const struct {
         const char* fen;
@@ -139,8 +135,7 @@ TEST(MoveGen, CapturedKindCountsEnPassantAsAPawn) {
         EXPECT_EQ(capturedKind(pos, c.side, mv(c.move)), c.kind) << c.move;
 }
 
-// The test of one move accepts exactly what the generator produces, for every from, to and
-// promotion, and leaves the position alone.
+// The one-move test accepts exactly the generated moves, every from, to and promotion tried.
 TEST(MoveGen, PseudoLegalAgreesWithTheGenerator) {
     std::vector<const char*> fens(std::begin(perftFens), std::end(perftFens));
     fens.insert(fens.end(), {castling, bishopOnH3, rookCheck, rookOnB8, pawnOnB7, pinnedKnight,
@@ -177,9 +172,7 @@ TEST(MoveGen, PseudoLegalAgreesWithTheGenerator) {
     }
 }
 
-// Squares the opponent of `side` attacks, and squares it does not; K is the king of `side`, found
-// from the king fields (the rank given is ignored). Every piece ends a ray, own or enemy; pawns
-// take forward only; the content of the square itself and en passant play no part.
+// Attacked and open squares for `side`; K is its king from the king fields, rank ignored.
 TEST(Attacks, SquareSafety) {
     const struct {
         const char* fen;
@@ -219,10 +212,7 @@ TEST(Attacks, SquareSafety) {
     }
 }
 
-// White's view of the best stopping point, without and with the pin test: the least valuable
-// piece captures first, either side may stop, a rear rook joins through the front one, a pawn
-// taking on the last rank becomes a queen, a pinned piece, or any piece of a king in check, stays
-// out with the pin test, and the king takes only an undefended piece.
+// The best stopping point, White's view, without and with the pin (and check) test.
 TEST(Exchange, OutcomesOfCaptureSeries) {
     const struct {
         const char* fen;
@@ -283,10 +273,7 @@ TEST(MoveText, CoordinatesAndPromotionLetter) {
     }
 }
 
-// The console's move reader: short algebraic leniently (either case of the piece letter, o-o,
-// =Q or /Q), then coordinates with or without a dash; marks after the target are ignored and so
-// is all past the ninth character. An ambiguous move is the first in list order (from the highest
-// slot). "" where no legal move is named.
+// The console's lenient reader: nine characters at most; ambiguity takes the first in list order.
 TEST(MoveText, InputSelectsTheLegalMoveNamed) {
     const char* const black = "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1";
     const char* const knights = "4k3/8/8/8/8/5N2/8/1N2K3 w - - 0 1";

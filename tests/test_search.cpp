@@ -1,5 +1,4 @@
-// The search on hand-made positions: the tables, the principal variation, the threat scan, the
-// draw, mate and futility rules, the driver's shortcuts, pondering and the opening book.
+// The search on hand-made positions, its tables, driver, pondering and opening book.
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -135,8 +134,7 @@ TEST_F(Search, ClearedTablesHoldOnlyEmptyUnprotectedEntries) {
     }
     for (size_t i = 0; i < historySize; ++i)
         ASSERT_EQ(historyTable[i], 0u) << i;
-    // Never usable, not even for its own key 0; and even the shallowest result from far down
-    // the tree replaces it.
+    // Never usable, not even for key 0; replaced by the shallowest result from far down.
     EXPECT_FALSE(usableEntry(lowerBoundTable[0], 0, board.pos, white));
     EXPECT_FALSE(usableEntry(lower(), board.key, board.pos, white));
     store(lowerBoundTable, 2, 400, -100, 2, e2e4);
@@ -161,10 +159,7 @@ TEST_F(Search, MateValuesAreStoredRelativeToTheNode) {
     }
 }
 
-// Stores into the start position's slot, then both entries ("" unchecked). A bound gives way to
-// a tighter or deeper one of its key, not to one from farther down in the same search; in the
-// next, to all but a deep quiescence node over depth 0 or more. A contradicting bound of the same
-// key frees the other table's entry.
+// Stores into the start position's slot, then both entries ("" unchecked).
 TEST_F(Search, ReplacementRules) {
     store(lowerBoundTable, 100, 8, 16, 0, e2e4);
     EXPECT_EQ(lower().keyHigh, 0x7EE956D4u);
@@ -234,9 +229,8 @@ TEST_F(Search, UsableEntryChecksKeyPiecesAndPseudoLegality) {
     }
 }
 
-// The walk shows the stored moves, each after a hyphen, and a full stop; it takes the deeper
-// entry, equally deep the lower bound unless written farther from the root, and stops at an
-// illegal move, an invalidated entry, a quiescence entry, distance 248 or the budget.
+// The deeper entry, equally deep the lower bound unless farther from the root; stops at illegal,
+// invalidated or quiescence entries, distance 248 or the budget.
 TEST_F(Search, PrincipalVariationWalk) {
     EXPECT_EQ(pv(), ".");
     store(lowerBoundTable, 10, 8, 16, 0, e2e4);
@@ -271,9 +265,7 @@ TEST_F(Search, PrincipalVariationWalk) {
     EXPECT_EQ(pv(), ".");
 }
 
-// White's threats "discovered direct second": the victim's worth less the attacker's / 128 (pawn
-// 7, minor 23, rook 39, queen 70) on its square, the runner-up negated when discovered. A king
-// threatens nothing directly; a piece moving along a line uncovers nothing on it.
+// "discovered direct second": victim less attacker / 128 (pawn 7, minor 23, rook 39, queen 70).
 TEST_F(Search, ThreatScan) {
     const struct {
         const char* fen;
@@ -308,8 +300,7 @@ TEST_F(Search, ThreatScan) {
     }
 }
 
-// Too little to mate is a draw at once: one node, nothing stored. King and three pawns (also
-// 15000) and a minor piece each are played on.
+// Too little to mate is a draw at once, nothing stored; king and three pawns are played on.
 TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
     const struct {
         const char* fen;
@@ -336,9 +327,7 @@ TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
 // King and queen against king, White to move: searched, the value is far above 1.
 constexpr const char* queenUp = "4k3/8/8/8/8/8/8/3QK3 w - - 0 1";
 
-// Entry 8 is the parent's; with n plies since the last irreversible move (rounded down to even)
-// entries 7, 5, ... down to 9 - n hold positions with White to move. Two occurrences there make
-// a draw at once, the slot untouched; one makes the node searched, then its slot freed.
+// Entries 7, 5, ... down to 9 - n hold White to move; two there draw, one frees the slot.
 TEST_F(Search, RepetitionsInTheWindow) {
     const char* const other = "0 d2d4 0 8 0 other";
     const char* const freed = "0 d2d4 -4000 4000 255 other";
@@ -393,8 +382,7 @@ TEST_F(Search, FiftyMovesComeBeforeTheTables) {
     EXPECT_EQ(lower().age, 5); // used, so refreshed
 }
 
-// Mate scores distance - 1000000 at any depth, nothing stored; stalemate 0 down to level 1
-// (remaining depth above -8); at level 2 no move means no capture: nothing for the parent.
+// Mate scores distance - 1000000; stalemate 0 down to level 1; at level 2 nothing for the parent.
 TEST_F(Search, MateAndStalemate) {
     const char* const mate = "R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1";
     const char* const stalemate = "k7/2Q5/1K6/8/8/8/8/8 b - - 0 1";
@@ -421,9 +409,7 @@ TEST_F(Search, MateAndStalemate) {
     }
 }
 
-// A bare king against queen and rook, iteration depth 8: a quiet king move, reduced by 3, at
-// depth limit 10 (child 7 <= distance 8 < 15) is pruned with margin 6000, at 13 with 12000; only
-// the node and its evaluation are counted. Not so against a bound far below, nor en passant.
+// A quiet move is pruned with margin 6000 (child 7 <= 8 < 15) or 12000; never en passant.
 TEST_F(Search, FutilityPrunesQuietMovesNearTheHorizon) {
     const char* const bare = "7k/7r/8/3q4/8/8/8/K7 w - - 0 1";
     const struct {
@@ -448,8 +434,7 @@ TEST_F(Search, FutilityPrunesQuietMovesNearTheHorizon) {
     }
 }
 
-// En passant is ordered as the capture of a pawn: victim 1000 * 128 less the mover 1000 in deep
-// quiescence; (2 * 1000 + exchange 0) * 2048 - 1000 * 32 with empty tables and history.
+// En passant is ordered as a pawn's capture: 1000 * 128 - 1000; (2 * 1000 + 0) * 2048 - 32000.
 TEST_F(Search, EnPassantIsOrderedAsACapture) {
     board = Board("4k3/8/8/3pP3/8/8/8/4K3 w - d6 0 1");
     const Move e5d6 = mv("e5d6");
@@ -471,8 +456,7 @@ TEST_F(Search, EnPassantIsOrderedAsACapture) {
 // exd5 is the static best, but the knight's moves (highest slot) come first.
 constexpr const char* hangingQueen = "4k3/8/8/3q4/4P3/8/8/K6N w - - 0 1";
 
-// A single legal move is played without a search; one ply without a time limit plays the static
-// best; with two plies and a limit of -1000 the clock refuses a second iteration.
+// A single move without search; one ply plays the static best; limit -1000 stops after one.
 TEST_F(Search, DriverShortcuts) {
     bookEnabled = 0;
     const struct {
@@ -506,8 +490,7 @@ TEST_F(Search, DriverShortcuts) {
     }
 }
 
-// Time spent pondering counts for the next search only when the opponent plays the predicted
-// move; the credit counts as time spent, so a credited search stops deepening sooner.
+// Pondering time counts only when the predicted move comes, and counts as time spent.
 TEST_F(Search, PonderingCredit) {
     const int32_t cases[][5] = {
         // mode and ponder time before, the move played (5 predicted); mode and time after
@@ -523,9 +506,8 @@ TEST_F(Search, PonderingCredit) {
         EXPECT_EQ(game.ponderMode, c[3]) << c[2];
         EXPECT_EQ(game.ponderTime, c[4]) << c[2];
     }
-    // 55 seconds, two plies at least, Qxd4 plainly best: after depth 2 an iteration starts only
-    // while credit plus time spent is within a quarter of credit plus limit (1000 > 1055 / 4).
-    // Without credit depth 3 runs, after which the best move has held twice.
+    // 55 s, Qxd4 plainly best: a credit of 1000 exceeds (1000 + 55) / 4 after depth 2; without it
+    // depth 3 runs, after which the move has held twice.
     bookEnabled = 0;
     fullWidthDepth = 16;
     searchTimeLimit = 55;
@@ -592,8 +574,7 @@ protected:
     int32_t order[maxMoves] = {};
 };
 
-// A move of a won game is marked 1, of a lost one -1: White at the start plays e4, never d4;
-// Black after 1. e4 has no book move, as e5 comes from a game White won.
+// A move of a won game is marked 1, of a lost one -1 and never played.
 TEST_F(Book, SourceGivesOneRecordPerMoveMarkedByTheResult) {
     EXPECT_EQ(buildBook("new white e4 e5 new black d4\n"),
               "processing file...\nopenings book created in \"openings.dat\"\n");
@@ -625,8 +606,7 @@ TEST_F(Book, EquallyMarkedMovesAreChosenUniformly) {
     EXPECT_LE(e4, 280);
 }
 
-// A comment's first token is not repeated, the rest of its line is; an unknown token is echoed
-// and changes nothing; tokens and comment lines are cut to 49 characters.
+// Comments echoed without their first token, unknown tokens echoed; both cut to 49 characters.
 TEST_F(Book, CommentsAndUnknownTokensAreEchoed) {
     std::string output = buildBook("#opening lines of a test\nnew white e4 Zz9 e5\n");
     EXPECT_NE(output.find("# lines of a test\n"), std::string::npos) << output;
@@ -644,9 +624,7 @@ TEST_F(Book, CommentsAndUnknownTokensAreEchoed) {
     EXPECT_EQ(output.find(std::string(49, 'y')), std::string::npos) << output;
 }
 
-// The driver plays the book's move without a word; an empty book names no move and the search
-// goes on to its shortcut, the static best; a missing book prints the error and plays the first
-// move of the list.
+// The book's move first; an empty book lets the search go on, a missing one plays the first move.
 TEST_F(Book, DriverAsksTheBookFirst) {
     game.search.output = SearchOutput::xboard; // no static list
     fullWidthDepth = 8;
