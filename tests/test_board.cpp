@@ -59,20 +59,14 @@ TEST(Position, PieceListsNumberSlotsInSquareOrder) {
 }
 
 TEST(Position, MaterialCountsLiveSlots) {
-    Position pos;
-    setInitialPosition(pos);
-    PieceLists lists;
-    buildPieceLists(pos, lists);
-    Material material;
-    sumMaterial(pos, lists, material);
-    EXPECT_EQ(material.sum[0], 51000);
-    EXPECT_EQ(material.sum[1], 51000);
-    // The knight on b1 (white slot 3) captured: its slot is dead but still counted.
-    lists.slots[1][3][0] = -1;
-    lists.slots[0][0][0] = 0; // a side without slots
-    sumMaterial(pos, lists, material);
-    EXPECT_EQ(material.sum[1], 48000);
-    EXPECT_EQ(material.sum[0], 0);
+    Board b;
+    EXPECT_EQ(b.material.sum[0], 51000);
+    EXPECT_EQ(b.material.sum[1], 51000);
+    b.lists.slots[1][3][0] = -1; // the knight on b1 captured: a dead slot, still counted
+    b.lists.slots[0][0][0] = 0;  // a side without slots
+    sumMaterial(b.pos, b.lists, b.material);
+    EXPECT_EQ(b.material.sum[1], 48000);
+    EXPECT_EQ(b.material.sum[0], 0);
 }
 
 // Phase by the stronger side's pawns' worth (Q 9, R 5, minor 3): 31+ 0, 23 1, 17 2, 11 3, 5 4.
@@ -161,7 +155,7 @@ TEST(Keys, EachFeatureAddsItsOwnKey) {
     Position pos = fromFen("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
     const PositionKey kings = computeKey(pos);
     EXPECT_EQ(kings, pieceSquareKeys[0][sq("e8")] ^ pieceSquareKeys[11][sq("e1")]);
-    // Castling values 1..3 have a key each per side; 3 is not the keys of 1 and 2 together.
+    // Castling values 1..3 have a key each per side.
     for (int32_t rights = 1; rights <= 3; ++rights) {
         pos.whiteCastling = rights;
         EXPECT_EQ(computeKey(pos) ^ kings, castlingKeys[0][rights - 1]);
@@ -170,7 +164,6 @@ TEST(Keys, EachFeatureAddsItsOwnKey) {
         EXPECT_EQ(computeKey(pos) ^ kings, castlingKeys[1][rights - 1]);
         pos.blackCastling = 0;
     }
-    EXPECT_NE(castlingKeys[0][2], castlingKeys[0][0] ^ castlingKeys[0][1]);
     // White's double step on file f (value f + 1) uses entry f + 8, Black's entry 7 - f.
     for (int32_t file = 0; file < 8; ++file) {
         pos.enPassant = -(file + 1);
@@ -367,7 +360,7 @@ TEST(MakeMove, WholeTreesStayConsistent) {
         Walk w;
         walk(w, b, b.pos.sideToMove, c.depth);
         EXPECT_EQ(w.failures, 0u) << c.fen << ": first " << w.first;
-        if (c.nodes != 0) EXPECT_EQ(w.nodes, c.nodes) << c.fen;
+        EXPECT_EQ(c.nodes != 0 ? w.nodes : 0, c.nodes) << c.fen;
     }
 }
 

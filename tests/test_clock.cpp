@@ -112,7 +112,7 @@ TEST_F(Clock, BudgetsAndDepthCuts) {
         setUp(c.moves, c.seconds, c.bonus, c.ply, c.clock, c.surplus);
         fullWidthDepth = c.depthBefore;
         const TimeBudget b = computeTimeBudget(game);
-        if (c.budget != any) EXPECT_EQ(b.budget, c.budget) << c.what;
+        EXPECT_EQ(c.budget != any ? b.budget : any, c.budget) << c.what;
         EXPECT_EQ(searchTimeLimit, c.limit) << c.what;
         EXPECT_EQ(b.earlyStopTime, c.earlyStop) << c.what;
         EXPECT_EQ(fullWidthDepth, c.depthAfter) << c.what;
@@ -165,8 +165,7 @@ TEST_F(Clock, TimeCommand) {
         setUp(c.moves, c.seconds, 0, c.ply, any, 0);
         setEngineClock(game, c.centiseconds);
         EXPECT_EQ(game.engineClock, c.clock) << c.ply << " " << c.centiseconds;
-        if (c.surplus != any)
-            EXPECT_EQ(game.timeSurplus, c.surplus) << c.ply << " " << c.centiseconds;
+        EXPECT_EQ(c.surplus != any ? game.timeSurplus : any, c.surplus) << c.ply;
     }
 }
 

@@ -116,7 +116,7 @@ TEST(Evaluate, LazyCutOff) {
         Side side;
         int32_t bound;
         bool lazy;
-        int32_t value, black, white;
+        int32_t value, black = 0, white = 0;
     } cases[] = {
         {startFen, white, 2401, true, 1200},           // 2 * (0 + 1200) < 2401
         {startFen, white, -2401, true, -1200},         // 2 * (0 - 1200) > -2401

@@ -76,9 +76,6 @@ protected:
             chosen = runSearch(game.search, white, legal, last, board.pos, 0, ponderTime, 0);
         });
     }
-    int32_t legalIndex(const char* move) {
-        return indexOf(legal, generateLegalMoves(white, legal, board.pos, allMoves), mv(move));
-    }
 
     // Keys no position here has, so that only keys a test puts in can repeat.
     void fillHistory(int32_t keyCount, int32_t fiftyMoveCounter) {
@@ -168,10 +165,10 @@ TEST_F(Search, ReplacementRules) {
     EXPECT_EQ(lower().targetPiece, 0);
     const struct {
         char table; // L, U, or C to clear both
-        int32_t value, ply, depth, level, age;
-        const char* move;
-        const char* lower;
-        const char* upper;
+        int32_t value = 0, ply = 0, depth = 0, level = 0, age = 0;
+        const char* move = "";
+        const char* lower = "";
+        const char* upper = "";
         PositionKey otherKey = 0;
     } steps[] = {
         {'L', 100, 8, 16, 0, 0, "e2e4", "100 e2e4 16 8 0", ""},
@@ -207,8 +204,8 @@ TEST_F(Search, ReplacementRules) {
         store(s.table == 'L' ? lowerBoundTable : upperBoundTable, s.value, s.ply, s.depth, s.level,
               mv(s.move), board.key ^ s.otherKey);
         const std::string step = std::string(1, s.table) + " " + std::to_string(s.value);
-        if (*s.lower) EXPECT_EQ(shown(lower()), s.lower) << step;
-        if (*s.upper) EXPECT_EQ(shown(upper()), s.upper) << step;
+        EXPECT_EQ(*s.lower ? shown(lower()) : "", s.lower) << step;
+        EXPECT_EQ(*s.upper ? shown(upper()) : "", s.upper) << step;
     }
 }
 
@@ -315,12 +312,12 @@ TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
     for (const auto& c : cases) {
         board = Board(c.fen);
         int32_t value = 0;
-        for (const int32_t bound : {1, -1}) {
-            if (c.draw) EXPECT_EQ(nodesOf(16, bound, value), 1) << c.fen;
-            if (c.draw) EXPECT_EQ(value, 0) << c.fen;
-        }
-        if (c.draw) EXPECT_EQ(lower().movedPiece, 100) << c.fen;
-        if (!c.draw) EXPECT_GT(nodesOf(16, 1, value), 1) << c.fen;
+        EXPECT_EQ(nodesOf(16, 1, value) == 1, c.draw) << c.fen;
+        if (!c.draw) continue;
+        EXPECT_EQ(value, 0) << c.fen;
+        EXPECT_EQ(nodesOf(16, -1, value), 1) << c.fen;
+        EXPECT_EQ(value, 0) << c.fen;
+        EXPECT_EQ(lower().movedPiece, 100) << c.fen;
     }
 }
 
@@ -335,12 +332,12 @@ TEST_F(Search, RepetitionsInTheWindow) {
         int32_t fifty;
         int32_t repeated[2]; // entries holding the node's key, -1 for none
         bool draw;
-        const char* slot; // both entries afterwards
+        const char* slot; // both entries afterwards, "" unchecked
     } cases[] = {
-        {8, {3, 7}, true, other},    {5, {5, 7}, true, other},
-        {4, {3, 7}, false, freed},   // 3 is too old
-        {8, {4, 6}, false, nullptr}, // Black to move there
-        {8, {7, -1}, false, freed},  {8, {-1, -1}, false, nullptr},
+        {8, {3, 7}, true, other},   {5, {5, 7}, true, other},
+        {4, {3, 7}, false, freed}, // 3 is too old
+        {8, {4, 6}, false, ""},    // Black to move there
+        {8, {7, -1}, false, freed}, {8, {-1, -1}, false, ""},
     };
     fullWidthDepth = 16;
     board = Board(queenUp);
@@ -358,9 +355,9 @@ TEST_F(Search, RepetitionsInTheWindow) {
         EXPECT_EQ(game.search.keyCount, 8);
         EXPECT_EQ(game.search.fiftyMoveCounter, c.fifty);
         EXPECT_EQ(value == 0 && nodes == 1, c.draw) << value << " " << nodes;
-        if (!c.draw) EXPECT_GT(value, 1);
-        if (c.slot) EXPECT_EQ(shown(lower()), c.slot);
-        if (c.slot) EXPECT_EQ(shown(upper()), c.slot);
+        EXPECT_TRUE(c.draw || value > 1) << value;
+        EXPECT_EQ(*c.slot ? shown(lower()) : "", c.slot);
+        EXPECT_EQ(*c.slot ? shown(upper()) : "", c.slot);
     }
     // Without repetition the node's lower bound is stored in its slot.
     EXPECT_EQ(lower().keyLow, static_cast<uint32_t>(board.key));
@@ -404,8 +401,7 @@ TEST_F(Search, MateAndStalemate) {
         EXPECT_EQ(search(board.pos.sideToMove, c.depthLimit, c.bound, c.distance, c.threat, c.mode),
                   c.value)
             << c.fen << " depth " << c.depthLimit;
-        if (c.fen == mate) EXPECT_EQ(lower().movedPiece, 100);
-        if (c.fen == mate) EXPECT_EQ(upper().movedPiece, 100);
+        EXPECT_TRUE(c.fen != mate || lower().movedPiece + upper().movedPiece == 200); // unstored
     }
 }
 
@@ -414,12 +410,14 @@ TEST_F(Search, FutilityPrunesQuietMovesNearTheHorizon) {
     const char* const bare = "7k/7r/8/3q4/8/8/8/K7 w - - 0 1";
     const struct {
         const char* fen;
-        int32_t depthLimit, bound, nodes, value;
+        int32_t depthLimit, bound;
+        bool pruned;
+        int32_t value; // when pruned
     } cases[] = {
-        {bare, 10, -1, 2, -1 - 6001},
-        {bare, 13, -1, 2, -1 - 12001},
-        {bare, 10, -2000001, 0, -2000001 - 6001},
-        {"1r5k/8/4b3/3pP3/8/8/7q/K7 w - d6 0 1", 10, -1, 0, -1 - 6001},
+        {bare, 10, -1, true, -1 - 6001},
+        {bare, 13, -1, true, -1 - 12001},
+        {bare, 10, -2000001, false, -2000001 - 6001},
+        {"1r5k/8/4b3/3pP3/8/8/7q/K7 w - d6 0 1", 10, -1, false, -1 - 6001},
     };
     fullWidthDepth = 8;
     for (const auto& c : cases) {
@@ -427,10 +425,8 @@ TEST_F(Search, FutilityPrunesQuietMovesNearTheHorizon) {
         board = Board(c.fen);
         int32_t value = 0;
         const int64_t nodes = nodesOf(c.depthLimit, c.bound, value);
-        if (c.nodes != 0) EXPECT_EQ(nodes, c.nodes) << c.depthLimit;
-        if (c.nodes != 0) EXPECT_EQ(value, c.value) << c.depthLimit;
-        if (c.nodes == 0) EXPECT_GT(nodes, 2) << c.fen;
-        if (c.nodes == 0) EXPECT_NE(value, c.value) << c.fen;
+        EXPECT_EQ(nodes == 2, c.pruned) << c.fen << " " << c.depthLimit;
+        EXPECT_EQ(value == c.value, c.pruned) << c.fen << " " << c.depthLimit;
     }
 }
 
@@ -477,7 +473,7 @@ TEST_F(Search, DriverShortcuts) {
         searchTimeLimit = c.limit;
         int32_t chosen = -1;
         const std::string output = drive(chosen);
-        EXPECT_EQ(chosen, legalIndex(c.chosen)) << c.fen;
+        EXPECT_EQ(name(legal.moves[chosen]), c.chosen) << c.fen;
         const std::string title = "current best-first move list with respective evaluation:\n";
         EXPECT_EQ(output.rfind(title + c.starts, 0), 0u) << output;
         EXPECT_NE(output.find(c.shown), std::string::npos) << output;
@@ -516,11 +512,10 @@ TEST_F(Search, PonderingCredit) {
         board = Board("rnb1kbnr/pppp1ppp/8/4p3/3q4/4P3/PPPP1PPP/RNBQKBNR w KQkq - 0 3");
         int32_t chosen = 0;
         const std::string output = drive(chosen, credit);
-        int32_t found = 0;
-        for (size_t at = output.find("new iteration"); at != std::string::npos;
-             at = output.find("new iteration", at + 1))
-            ++found;
-        EXPECT_EQ(found, iterations) << "credit " << credit;
+        EXPECT_NE(output.find("new iteration with depth 2\n"), std::string::npos) << credit;
+        EXPECT_EQ(output.find("new iteration with depth 3\n") != std::string::npos,
+                  iterations == 2);
+        EXPECT_EQ(output.find("new iteration with depth 4"), std::string::npos) << credit;
     }
 }
 
@@ -555,7 +550,7 @@ protected:
     static std::string record(PositionKey key, int32_t mark, const Move& m) {
         std::string line = std::to_string(key >> 32) + " " + std::to_string(key & 0xFFFFFFFFu);
         for (const int32_t field : {mark, m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion})
-            line += " " + std::to_string(field);
+            line.append(" ").append(std::to_string(field));
         return line + "\n";
     }
     // probeBook over the legal moves of `side` in generation order; the move chosen as text.
