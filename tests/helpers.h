@@ -28,6 +28,8 @@ struct TablesEnvironment : ::testing::Environment {
 inline ::testing::Environment* const tablesEnvironment =
     ::testing::AddGlobalTestEnvironment(new TablesEnvironment);
 
+using Text = const char*; // a field of a table of cases
+
 inline Position fromFen(const char* fen) {
     Position pos;
     const char* error = readFen(fen, pos);
@@ -35,15 +37,13 @@ inline Position fromFen(const char* fen) {
     return pos;
 }
 
-// "e4" as a board index.
+// "e4" as a board index, "e2e4" or "b7a8q" as a move and back.
 inline int32_t sq(const char* name) {
     return squareIndex(name[0] - 'a', name[1] - '1');
 }
 
-// Letters of the promotion kinds 2..5.
-constexpr std::string_view promotionLetters = "..nbrq";
+constexpr std::string_view promotionLetters = "..nbrq"; // the kinds 2..5
 
-// "e2e4", or "b7a8q" for a promotion.
 inline Move mv(const char* text) {
     const int32_t promotion =
         text[4] == '\0' ? 0 : static_cast<int32_t>(promotionLetters.find(text[4]));

@@ -64,9 +64,7 @@ TEST(Analysis, SanIsReadStrictlyWhereItMatters) {
     const char* const ambiguous = "ambiguous move";
     const char* const noMove = "not a move";
     const struct {
-        const char* fen;
-        const char* san;
-        const char* read;
+        Text fen, san, read;
     } cases[] = {
         {startFen, "e4", "e2e4 "},   {startFen, "Nf3", "g1f3 "},   {startFen, "e5", illegal},
         {startFen, "Ke2", illegal},  {knights, "Nbd2", "b1d2 "},   {knights, "N1d2", "b1d2 "},

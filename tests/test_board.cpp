@@ -33,9 +33,7 @@ TEST(Position, StartPositionFillsEveryField) {
 // Slots follow square order, a1 a2 ... h8; each side's count sits in slot 0.
 TEST(Position, PieceListsNumberSlotsInSquareOrder) {
     const struct {
-        const char* fen;
-        const char* white;
-        const char* black;
+        Text fen, white, black;
     } cases[] = {
         {startFen, "a1 a2 b1 b2 c1 c2 d1 d2 e1 e2 f1 f2 g1 g2 h1 h2",
          "a7 a8 b7 b8 c7 c8 d7 d8 e7 e8 f7 f8 g7 g8 h7 h8"},

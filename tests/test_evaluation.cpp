@@ -155,8 +155,7 @@ const char* const pinByRook = "4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1";
 // Table entry plus attacks: forks, pins, skewers, batteries; attack balance; pin flags.
 TEST(Evaluate, FirstPass) {
     const struct {
-        const char* fen;
-        const char* figures;
+        Text fen, figures;
     } cases[] = {
         // a1: 10 + pawn a2 2 + knight 6 + bishop 3 at half; e1: 3 + queen 1 + bishop 2 + pawns.
         {startFen, "value a1=21 h1=21 e1=9 e2=0 balance b1=1 c1=1 a4=0 a7=-1 f3=4 b3=3 e3=3 g3=2 "
@@ -196,9 +195,7 @@ TEST(Evaluate, FirstPass) {
 TEST(Evaluate, SecondPassOfOnePiece) {
     const char* const boxed = "k7/8/8/3Pp3/2PRP3/3P4/8/7K w - - 0 1";
     const struct {
-        const char* fen;
-        const char* square;
-        const char* figures;
+        Text fen, square, figures;
         int32_t earlierThreat = 0;
     } cases[] = {
         // 100 + 170 + 60 + 40 + 20 + 20 + 15 + 5 + 5; nothing defends it.
@@ -258,8 +255,7 @@ TEST(Evaluate, SecondPassOfOnePiece) {
 // Shelter: 7 * 1200 * p / 46 per wing with rights, / 35 once castled, p the pawns in front.
 TEST(Evaluate, KingShelter) {
     const struct {
-        const char* fen;
-        const char* king;
+        Text fen, king;
         int32_t bonus;
     } cases[] = {
         {startFen, "e1", 730}, // p = 2 on each wing: 365 twice
@@ -303,8 +299,7 @@ TEST(Evaluate, StartPositionPieceByPiece) {
 // The side to move saves its largest threatened piece (not when pinned), loses half the second.
 TEST(Evaluate, SettlingOfThreats) {
     const struct {
-        const char* fen;
-        const char* figures;
+        Text fen, figures;
         int32_t blackGain;
     } cases[] = {
         {"k7/8/8/3Pp3/2PRP3/3P4/8/7K w - - 0 1", "threat1=1288 threat2=0 other=0", 0},

@@ -60,8 +60,7 @@ TEST(MoveGen, GenerationOrder) {
     const struct {
         const char* fen;
         int32_t mode;
-        const char* from;
-        const char* moves;
+        Text from, moves;
     } cases[] = {
         {startFen, allMoves, "",
          "h2h3 h2h4 g2g3 g2g4 g1f3 g1h3 f2f3 f2f4 e2e3 e2e4 d2d3 d2d4 c2c3 c2c4 b2b3 b2b4 b1a3 "
@@ -170,8 +169,7 @@ TEST(Attacks, SquareSafety) {
     const struct {
         const char* fen;
         Side side;
-        const char* attacked;
-        const char* open;
+        Text attacked, open;
     } cases[] = {
         {startFen, black, "e3 h3", "h4"}, // pawns d2, f2 and the knight on g1
         {startFen, white, "e6", "e3 e4"},
@@ -208,8 +206,7 @@ TEST(Attacks, SquareSafety) {
 // The best stopping point, White's view, without and with the pin (and check) test.
 TEST(Exchange, OutcomesOfCaptureSeries) {
     const struct {
-        const char* fen;
-        const char* square;
+        Text fen, square;
         int32_t unchecked;
         int32_t checked;
     } cases[] = {
@@ -251,8 +248,7 @@ TEST(Exchange, OutcomesOfCaptureSeries) {
 
 TEST(MoveText, CoordinatesAndPromotionLetter) {
     const struct {
-        const char* move;
-        const char* text;
+        Text move, text;
     } cases[] = {{"e2e4", "e2e4 "},  {"a7a8q", "a7a8q"}, {"b7c8n", "b7c8n"}, {"h2h1b", "h2h1b"},
                  {"h2g1r", "h2g1r"}, {"e1g1", "e1g1 "},  {"h8a1", "h8a1 "}};
     for (const auto& c : cases) {
@@ -273,9 +269,7 @@ TEST(MoveText, InputSelectsTheLegalMoveNamed) {
     const char* const promote = "4k3/P7/8/8/8/8/8/4K3 w - - 0 1";
     const char* const capture = "4k3/8/8/4B3/8/2n5/1P6/4K3 w - - 0 1";
     const struct {
-        const char* fen;
-        const char* text;
-        const char* move;
+        Text fen, text, move;
     } cases[] = {
         {startFen, "e4", "e2e4"},
         {startFen, "e2e4", "e2e4"},

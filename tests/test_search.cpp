@@ -166,9 +166,7 @@ TEST_F(Search, ReplacementRules) {
     const struct {
         char table; // L, U, or C to clear both
         int32_t value = 0, ply = 0, depth = 0, level = 0, age = 0;
-        const char* move = "";
-        const char* lower = "";
-        const char* upper = "";
+        Text move = "", lower = "", upper = "";
         PositionKey otherKey = 0;
     } steps[] = {
         {'L', 100, 8, 16, 0, 0, "e2e4", "100 e2e4 16 8 0", ""},
@@ -265,8 +263,7 @@ TEST_F(Search, PrincipalVariationWalk) {
 // "discovered direct second": victim less attacker / 128 (pawn 7, minor 23, rook 39, queen 70).
 TEST_F(Search, ThreatScan) {
     const struct {
-        const char* fen;
-        const char* move;
+        Text fen, move;
         int32_t result;
         const char* threats;
     } cases[] = {
@@ -627,9 +624,7 @@ TEST_F(Book, DriverAsksTheBookFirst) {
     const struct {
         const char* fen;
         const char* book; // nullptr: no file
-        const char* probed;
-        const char* chosen;
-        const char* output;
+        Text probed, chosen, output;
     } cases[] = {
         {startFen, "d2d4", "d2d4", "d2d4", ""},
         {hangingQueen, "", "none", "e4d5", ""},
