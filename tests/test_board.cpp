@@ -129,10 +129,7 @@ TEST(Keys, TablesFollowTheDrawOrder) {
 // Whole positions; the side to move is not part of the key.
 TEST(Keys, KeysOfWholePositions) {
     freshKeys();
-    const struct {
-        const char* fen;
-        PositionKey key;
-    } cases[] = {
+    const std::pair<Text, PositionKey> cases[] = {
         {startFen, startKey},
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", startKey},
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w - - 0 1", 0xBAD1816F98AA9949ULL},
@@ -140,12 +137,12 @@ TEST(Keys, KeysOfWholePositions) {
         {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w kq - 0 1", 0xCF7EB6DF29485400ULL},
         {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x42EC401D68E52886ULL},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(computeKey(fromFen(c.fen)), c.key) << c.fen;
+    for (const auto& [fen, key] : cases)
+        EXPECT_EQ(computeKey(fromFen(fen)), key) << fen;
     Board played;
     EXPECT_EQ(played.key, startKey);
     played.play(white, mv("e2e4"));
-    EXPECT_EQ(played.key, cases[5].key);
+    EXPECT_EQ(played.key, cases[5].second);
 }
 
 TEST(Keys, EachFeatureAddsItsOwnKey) {

@@ -92,10 +92,7 @@ TEST(MaterialScale, Entries) {
 }
 
 TEST(MaterialScale, MaterialTerm) {
-    const struct {
-        Material material;
-        int32_t term;
-    } cases[] = {
+    const std::pair<Material, int32_t> cases[] = {
         {{{51000, 51000}}, 0},
         {{{50000, 51000}}, 1000}, // 304 against 296
         {{{51000, 50000}}, -1000},
@@ -103,8 +100,8 @@ TEST(MaterialScale, MaterialTerm) {
         // A knight up: 304 against 281; 35.968 - 3 * 1.032 * 2.032 / 230 = 35.9406 pawns.
         {{{48000, 51000}}, 38889 - 35940},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(materialTerm(c.material), c.term) << c.material.sum[0];
+    for (const auto& [material, term] : cases)
+        EXPECT_EQ(materialTerm(material), term) << material.sum[0];
 }
 
 // Material +- lazyMargin when twice that fails the bound (equality never cuts); 0 means in full.
@@ -154,9 +151,7 @@ const char* const pinByRook = "4r2k/8/8/4n3/8/8/7K/4R3 w - - 0 1";
 
 // Table entry plus attacks: forks, pins, skewers, batteries; attack balance; pin flags.
 TEST(Evaluate, FirstPass) {
-    const struct {
-        Text fen, figures;
-    } cases[] = {
+    const std::pair<Text, Text> cases[] = {
         // a1: 10 + pawn a2 2 + knight 6 + bishop 3 at half; e1: 3 + queen 1 + bishop 2 + pawns.
         {startFen, "value a1=21 h1=21 e1=9 e2=0 balance b1=1 c1=1 a4=0 a7=-1 f3=4 b3=3 e3=3 g3=2 "
                    "d2=4 f6=-4 g6=-2 cheapestWhite a2=5000 b1=5000 c1=9000 f3=1000 d2=3000 "
@@ -184,10 +179,10 @@ TEST(Evaluate, FirstPass) {
         {"3r2k1/8/8/8/3B4/2P5/8/K7 w - - 0 1", "balance d4=0"},
         {"k7/8/1b6/3Pp3/2PRP3/3P4/1p6/N5K1 w - - 0 1", "pinned d4=1"},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.fen);
-        const Board b(c.fen);
-        expectFigures(firstPass(b, b.pos.sideToMove), c.figures);
+    for (const auto& [fen, figures] : cases) {
+        SCOPED_TRACE(fen);
+        const Board b(fen);
+        expectFigures(firstPass(b, b.pos.sideToMove), figures);
     }
 }
 
@@ -281,16 +276,14 @@ TEST(Evaluate, StartPositionPieceByPiece) {
     const Board s;
     const EvalWork w = bothPasses(s, white);
     // a2: 30 + 10 + 5 + 60 + rook 10; knights 3 + 230 + 16; d1: 24 + 2. Black mirrors White.
-    const struct {
-        const char* square;
-        int32_t value;
-    } cases[] = {{"a2", 115}, {"b2", 181}, {"c2", 170}, {"d2", 181}, {"e2", 181}, {"f2", 169},
-                 {"g2", 181}, {"h2", 115}, {"a1", 21},  {"h1", 21},  {"b1", 249}, {"g1", 249},
-                 {"c1", 14},  {"f1", 12},  {"d1", 26},  {"e1", 757}};
-    for (const auto& c : cases) {
-        const char mirror[3] = {c.square[0], static_cast<char>('1' + '8' - c.square[1]), 0};
-        EXPECT_EQ(w.squareValue[sq(c.square)], c.value) << c.square;
-        EXPECT_EQ(w.squareValue[sq(mirror)], c.value) << mirror;
+    const std::pair<Text, int32_t> cases[] = {{"a2", 115}, {"b2", 181}, {"c2", 170}, {"d2", 181},
+                                              {"e2", 181}, {"f2", 169}, {"g2", 181}, {"h2", 115},
+                                              {"a1", 21},  {"h1", 21},  {"b1", 249}, {"g1", 249},
+                                              {"c1", 14},  {"f1", 12},  {"d1", 26},  {"e1", 757}};
+    for (const auto& [square, value] : cases) {
+        const char mirror[3] = {square[0], static_cast<char>('1' + '8' - square[1]), 0};
+        EXPECT_EQ(w.squareValue[sq(square)], value) << square;
+        EXPECT_EQ(w.squareValue[sq(mirror)], value) << mirror;
     }
     EXPECT_EQ(w.threat1, 0);
     EXPECT_EQ(w.otherThreat, 0);

@@ -247,18 +247,17 @@ TEST(Exchange, OutcomesOfCaptureSeries) {
 }
 
 TEST(MoveText, CoordinatesAndPromotionLetter) {
-    const struct {
-        Text move, text;
-    } cases[] = {{"e2e4", "e2e4 "},  {"a7a8q", "a7a8q"}, {"b7c8n", "b7c8n"}, {"h2h1b", "h2h1b"},
-                 {"h2g1r", "h2g1r"}, {"e1g1", "e1g1 "},  {"h8a1", "h8a1 "}};
-    for (const auto& c : cases) {
+    const std::pair<Text, Text> cases[] = {
+        {"e2e4", "e2e4 "},  {"a7a8q", "a7a8q"}, {"b7c8n", "b7c8n"}, {"h2h1b", "h2h1b"},
+        {"h2g1r", "h2g1r"}, {"e1g1", "e1g1 "},  {"h8a1", "h8a1 "}};
+    for (const auto& [move, text] : cases) {
         char buffer[8];
         std::memset(buffer, 'x', sizeof buffer);
-        const Move m = mv(c.move);
+        const Move m = mv(move);
         moveToText(m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion, buffer);
-        EXPECT_STREQ(buffer, c.text);
+        EXPECT_STREQ(buffer, text);
         EXPECT_EQ(buffer[6], 'x') << "written past the end";
-        EXPECT_STREQ(moveText(m).text, c.text);
+        EXPECT_STREQ(moveText(m).text, text);
     }
 }
 

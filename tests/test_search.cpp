@@ -296,25 +296,22 @@ TEST_F(Search, ThreatScan) {
 
 // Too little to mate is a draw at once, nothing stored; king and three pawns are played on.
 TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
-    const struct {
-        const char* fen;
-        bool draw;
-    } cases[] = {
+    const std::pair<Text, bool> cases[] = {
         {"8/8/8/4k3/8/8/8/3BK3 w - - 0 1", true},
         {"8/8/8/3nk3/8/8/8/4K3 b - - 0 1", true},
         {"8/8/8/4k3/8/8/PPP5/4K3 w - - 0 1", false},
         {"8/8/8/3nk3/8/8/8/3BK3 w - - 0 1", false},
     };
     fullWidthDepth = 16;
-    for (const auto& c : cases) {
-        board = Board(c.fen);
+    for (const auto& [fen, draw] : cases) {
+        board = Board(fen);
         int32_t value = 0;
-        EXPECT_EQ(nodesOf(16, 1, value) == 1, c.draw) << c.fen;
-        if (!c.draw) continue;
-        EXPECT_EQ(value, 0) << c.fen;
-        EXPECT_EQ(nodesOf(16, -1, value), 1) << c.fen;
-        EXPECT_EQ(value, 0) << c.fen;
-        EXPECT_EQ(lower().movedPiece, 100) << c.fen;
+        EXPECT_EQ(nodesOf(16, 1, value) == 1, draw) << fen;
+        if (!draw) continue;
+        EXPECT_EQ(value, 0) << fen;
+        EXPECT_EQ(nodesOf(16, -1, value), 1) << fen;
+        EXPECT_EQ(value, 0) << fen;
+        EXPECT_EQ(lower().movedPiece, 100) << fen;
     }
 }
 
