@@ -27,12 +27,16 @@ to its first failure: the unit tests as one process, then ctest less the unit ca
 unit), the deep perft counts (label perft-deep) and the slow whole-game tests. A mutant that
 does not compile is left out of the share killed. The file is always put back, on Ctrl-C or a
 kill too, and at the end the sources are checked to be as committed. The run first times the
-fast suite unmutated; each mutant then costs a rebuild and at most one such run. Progress and
+fast suite unmutated; each mutant then costs a rebuild and at most one such run. A mutant in a
+front end (ui/, uci/, analysis/) rebuilds only its programs and the unit tests and runs only the
+tests that start one of its programs, since no other test can notice it; one in the console
+program that changes the opening book it builds runs every test. Progress and
 summary also go to the log. --list prints the sample without running it; --only runs the given
 mutants again, by their index in that list.
 """
 import argparse
 import contextlib
+import json
 import os
 import random
 import re
@@ -241,9 +245,40 @@ def run(command, timeout, cwd=ROOT):
         return None, process.communicate()[0]
 
 
-def build_problem(build):
-    """Rebuilds every target; returns None, or the outcome and why when the build fails."""
-    status, output = run(["cmake", "--build", build, "-j2"], BUILD_TIMEOUT)
+# The programs a front end's sources go into (the unit tests link every library too); the
+# engine's folders go into all of them. A test can only notice a mutant through a program it
+# runs, so only those programs are rebuilt and only the tests that run one of them are run.
+FRONT_END_PROGRAMS = {"ui": ["kovrel"], "uci": ["kovrel-uci"],
+                      "analysis": ["kovrel-epd", "kovrel-annotate"]}
+
+
+def programs_of(mutant):
+    """The programs the mutant changes, or None for all of them."""
+    return FRONT_END_PROGRAMS.get(mutant.file.split("/")[0])
+
+
+def suite_tests(build):
+    """The fast suite's ctest cases with the program names on their command lines."""
+    status, output = run(["ctest", "--show-only=json-v1"], 120, build)
+    if status != 0:
+        sys.exit("mutate: ctest cannot list the tests")
+    tests = []
+    for test in json.loads(output)["tests"]:
+        labels = [label for p in test.get("properties", []) if p["name"] == "LABELS"
+                  for label in p["value"]]
+        if "unit" in labels or "perft-deep" in labels or re.match(SLOW_TESTS, test["name"]):
+            continue
+        tests.append((test["name"], {os.path.basename(word) for word in test["command"]}))
+    return tests
+
+
+def build_problem(build, programs=None):
+    """Rebuilds the given programs and the unit tests (every target when None); returns None,
+    or the outcome and why when the build fails."""
+    # The book too: the console program builds it, and a book changed by an earlier console
+    # mutant is built again from the restored program.
+    targets = [] if programs is None else ["--target", *programs, "kovrel-tests", "book"]
+    status, output = run(["cmake", "--build", build, "-j2", *targets], BUILD_TIMEOUT)
     if status == 0:
         return None
     if error := re.search(r"^.*(error:|undefined reference).*$", output, re.M):
@@ -251,8 +286,9 @@ def build_problem(build):
     return "killed", "build timed out" if status is None else "the book was not built"
 
 
-def fast_suite_failure(build):
-    """Runs the fast suite up to its first failure; returns what failed, or None."""
+def fast_suite_failure(build, tests=None):
+    """Runs the fast suite up to its first failure (of the ctest cases only `tests`, by name,
+    when given); returns what failed, or None."""
     status, output = run(["timeout", str(UNIT_TIMEOUT), "./kovrel-tests", "--gtest_brief=1",
                           "--gtest_fail_fast"], UNIT_TIMEOUT + 30, os.path.join(build, "tests"))
     if status in (124, None):
@@ -260,8 +296,12 @@ def fast_suite_failure(build):
     if status != 0:
         failed = re.search(r"^\[  FAILED  \] (\S+)", output, re.M)
         return f"unit test {failed.group(1)}" if failed else f"unit tests (exit {status})"
+    if tests is not None and not tests:
+        return None
+    chosen = ["-R", "^(" + "|".join(re.escape(name) for name in tests) + ")$"] if tests else []
     status, output = run(["ctest", "--stop-on-failure", "--timeout", str(TEST_TIMEOUT), "-j2",
-                          "-LE", "^(unit|perft-deep)$", "-E", SLOW_TESTS], SUITE_TIMEOUT, build)
+                          "-LE", "^(unit|perft-deep)$", "-E", SLOW_TESTS, *chosen], SUITE_TIMEOUT,
+                         build)
     if status is None:
         return "ctest timed out"
     if status != 0:
@@ -270,22 +310,35 @@ def fast_suite_failure(build):
     return None
 
 
-def try_mutant(mutant, build):
+def try_mutant(mutant, build, tests, book):
     """Plants the mutant, builds and tests; returns the outcome and a note. The file is always
-    restored."""
+    restored. `book` is the unmutated build's opening book: a console mutant that changes it
+    may show in any test that reads it, so then every test runs."""
     path = os.path.join(ROOT, mutant.file)
     with open(path, newline="") as source:
         original = source.read()
     try:
         with open(path, "w", newline="") as source:
             source.write(original[:mutant.start] + mutant.after + original[mutant.end:])
-        if problem := build_problem(build):
+        programs = programs_of(mutant)
+        if problem := build_problem(build, programs):
             return problem
-        failure = fast_suite_failure(build)
+        chosen = None
+        if programs is not None:
+            if book_of(build) == book:
+                chosen = [name for name, words in tests if words & set(programs)]
+            elif problem := build_problem(build):  # every test runs: every program afresh
+                return problem
+        failure = fast_suite_failure(build, chosen)
         return ("killed", failure) if failure else ("survived", "")
     finally:
         with open(path, "w", newline="") as source:
             source.write(original)
+
+
+def book_of(build):
+    with open(os.path.join(build, "openings.dat"), "rb") as book:
+        return book.read()
 
 
 def describe(index, total, mutant):
@@ -354,6 +407,7 @@ def main():
     suite_started = time.time()
     if failure := fast_suite_failure(build):
         sys.exit(f"mutate: the fast suite fails unmutated: {failure}")
+    tests, book = suite_tests(build), book_of(build)
     with open(args.log or os.path.join(build, "mutate.log"), "w") as log:
         def report(line):
             print(line, flush=True)
@@ -367,7 +421,7 @@ def main():
             for index in indices:
                 mutant, began = sample[index - 1], time.time()
                 description = describe(index, len(sample), mutant)
-                outcome, note = try_mutant(mutant, build)
+                outcome, note = try_mutant(mutant, build, tests, book)
                 results.append((description, mutant, outcome))
                 report(f"{description}: {outcome}{f' ({note})' if note else ''}, "
                        f"{time.time() - began:.0f} s")
