@@ -258,7 +258,8 @@ def programs_of(mutant):
 
 
 def suite_tests(build):
-    """The fast suite's ctest cases with the program names on their command lines."""
+    """The fast suite's ctest cases with the program names on their command lines and in their
+    environment."""
     status, output = run(["ctest", "--show-only=json-v1"], 120, build)
     if status != 0:
         sys.exit("mutate: ctest cannot list the tests")
@@ -268,7 +269,10 @@ def suite_tests(build):
                   for label in p["value"]]
         if "unit" in labels or "perft-deep" in labels or re.match(SLOW_TESTS, test["name"]):
             continue
-        tests.append((test["name"], {os.path.basename(word) for word in test["command"]}))
+        # A program may also reach a test's script through its environment.
+        words = test["command"] + [value.split("=", 1)[-1] for p in test.get("properties", [])
+                                   if p["name"] == "ENVIRONMENT" for value in p["value"]]
+        tests.append((test["name"], {os.path.basename(word) for word in words}))
     return tests
 
 
