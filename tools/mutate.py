@@ -50,7 +50,7 @@ from dataclasses import dataclass
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SOURCE_DIRS = ["core", "eval", "search", "ui", "uci", "analysis"]
 SLOW_TESTS = "^(selfplay|auto232-match|install-staged)$"
-UNIT_TIMEOUT, TEST_TIMEOUT, SUITE_TIMEOUT, BUILD_TIMEOUT = 60, 60, 1200, 900
+UNIT_TIMEOUT, TEST_TIMEOUT, SUITE_TIMEOUT, BUILD_TIMEOUT = 60, 60, 1200, 240
 
 FLIPS = {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "=="}
 SWAPS = {"+": "-", "-": "+", "*": "/", "/": "*", "%": "/", "+=": "-=", "-=": "+=", "*=": "/=",
