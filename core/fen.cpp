@@ -112,7 +112,7 @@ const char* readFen(const char* fen, Position& pos) {
         ++p;
     } else if (*p >= 'a' && *p <= 'h' && p[1] >= '1' && p[1] <= '8') {
         const int32_t file = *p - 'a';
-        if (isRealDoubleStep(pos, toMove, file, p[1] - '1')) pos.enPassant = -toMove * (file - 1);
+        if (isRealDoubleStep(pos, toMove, file, p[1] - '1')) pos.enPassant = -toMove * (file + 1);
         p += 2;
     } else {
         return "bad en-passant field";
