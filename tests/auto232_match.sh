@@ -31,13 +31,17 @@ printf 'load start.fen\nlevel 0 0 0\nset 3 6\nauto232\n' >&3
 printf 'load start.fen\nlevel 0 0 0\nset 3 6\nwhite\nauto232\n' >&4
 echo go >"$scratch/white/hismove.txt"
 
-# Moves a complete move line of one side from `from`/mymove.txt to `to`/hismove.txt.
+# Moves a move line of one side from `from`/mymove.txt to `to`/hismove.txt. The file is first
+# renamed, so that a move the program writes meanwhile goes to a new file and is not lost; the
+# program may still be writing the renamed one, so it is read until its line is complete.
 relay() {
-    local from=$1 to=$2 wanted=$3 line
-    [[ -f $from/mymove.txt ]] || return
-    line=$(cat "$from/mymove.txt")
-    [[ $line == *$'\r' ]] || return # not completely written yet
-    rm -f "$from/mymove.txt"
+    local from=$1 to=$2 wanted=$3 line i
+    mv "$from/mymove.txt" "$from/taken.txt" 2>/dev/null || return
+    for ((i = 0; i < 100; i++)); do
+        line=$(cat "$from/taken.txt")
+        [[ $line == *$'\r' ]] && break
+        sleep 0.05
+    done
     if [[ $wanted == white && $line != $'\t'* ]] || [[ $wanted == black && $line == $'\t'* ]]; then
         [[ -f $to/hismove.txt ]] && sleep 0.5 # the other side has not taken the last one yet
         printf '%s\n' "${line//$'\t'/}" >"$to/hismove.txt.part"

@@ -5,11 +5,9 @@
 #   book_in_root.sh KOVREL BUILT_BOOK SOURCE_ROOT
 set -euo pipefail
 kovrel=$1 built=$2 root=$3
+source "$(dirname "$0")/lib.bash"
 cmp "$built" "$root/openings.dat" || { echo "openings.dat in the root differs from $built"; exit 1; }
-# Every book line starts from the start position: its first record's key halves name it.
-read -r high low _ < "$root/openings.dat"
-book_moves=$(awk -v h="$high" -v l="$low" '$1 == h && $2 == l {
-    printf "%c%d%c%d\n", 97 + $4, $5 + 1, 97 + $6, $7 + 1 }' "$root/openings.dat" | sort -u)
+book_moves=$(book_start_moves "$root/openings.dat")
 cd "$root"
 output=$(printf 'go\nquit\n' | "$kovrel")
 if grep -q 'Error (fopen' <<<"$output"; then echo "the book was not found: $output"; exit 1; fi

@@ -6,9 +6,8 @@
 set -euo pipefail
 kovrel=$(realpath "$1")
 source=$(realpath "$2")
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+source "$(dirname "$0")/lib.bash"
+in_scratch_folder
 cp "$source" openings.txt
 
 "$kovrel" -crbk </dev/null >build.out

@@ -18,10 +18,8 @@ for file in games/kovrel games/kovrel-uci games/kovrel-epd games/kovrel-annotate
     [[ -f $root/$file ]] || { echo "not installed: $file"; exit 1; }
 done
 
-# The start position's book moves: every line of the book begins there.
-read -r high low _ <"$root/share/games/kovrel/openings.dat"
-book_moves=$(awk -v h="$high" -v l="$low" '$1 == h && $2 == l {
-    printf "%c%d%c%d\n", 97 + $4, $5 + 1, 97 + $6, $7 + 1 }' "$root/share/games/kovrel/openings.dat" | sort -u)
+source "$(dirname "$0")/lib.bash"
+book_moves=$(book_start_moves "$root/share/games/kovrel/openings.dat")
 cd "$elsewhere"
 output=$(printf 'uci\nposition startpos\ngo wtime 60000 btime 60000\nquit\n' | "$root/games/kovrel-uci")
 grep -q '^option name BookFile type string default .*/share/games/kovrel/openings.dat$' <<<"$output" ||

@@ -1,54 +1,194 @@
 #!/usr/bin/env bash
-# Runs the program on one transcript and compares what it prints with the expected text.
-#   run_transcript.sh KOVREL DIR NAME
-# In DIR: NAME.in       the words fed to standard input
-#         NAME.out      the expected standard output, exactly
-#         NAME.args     optional: the command-line arguments (one line)
-#         NAME.status   optional: the expected exit status (default 0)
-#         NAME.env      optional: environment assignments, one per line
-#         NAME.sh       optional: a driver run instead of plain input redirection; it gets the
-#                       program and NAME.in as arguments and prints the program's output
-#         NAME.setup/   optional: files copied into the scratch folder before the run
-#         NAME.files/   optional: files the run must leave in the scratch folder, exactly
-# The program runs in a fresh scratch folder.
-set -euo pipefail
-kovrel=$(realpath "$1") dir=$(realpath "$2") name=$3
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
+# Runs one session of a program and compares what it printed with the expected text.
+#   run_transcript.sh PROGRAM DIR NAME
+# In DIR: NAME.in the session, NAME.out the expected text; optional NAME.setup/, files copied
+# into the scratch folder the session runs in, and NAME.files/, files it must leave there.
+#
+# NAME.in holds the lines sent to the program and these directives:
+#   @# TEXT            a comment: why the expected answers are right
+#   @run [VAR=VALUE...] [ARG...] [2>&1]   starts a run of the program (a session without one
+#                      starts a run without arguments; 2>&1 adds standard error to the output);
+#                      the arguments are read as the shell reads them.
+#                      The run ends at the next @run, @files, @show or at the end: its input
+#                      closes and it must end. Its output follows "$ PROGRAM ARG..." and is
+#                      followed by "status N".
+#   @filter NAME [VAR=VALUE...]    the run's output goes through DIR/NAME.awk (in order)
+#   @wait REGEX        waits for a line matching REGEX after the last line sent, or after the
+#                      line the last wait found
+#   @sleep SECONDS     a pause        @signal NAME    sends the signal to the program
+#   @long LENGTH TEXT  sends TEXT padded with blanks to LENGTH characters
+#   @crlf TEXT         sends TEXT ending in a carriage return
+#   @check RULE        (UCI) the rule for the search of the last go (see uci/rules.awk)
+#   @files             lists the files in the scratch folder
+#   @show FILE [FILTER]  prints FILE (through DIR/FILTER.awk)
+# A run with @wait, @sleep or @signal reads a named pipe and gets each group of lines at its
+# moment; any other run reads a file. For a program named *-uci every run reads the pipe, a
+# "go" without infinite or ponder waits for the bestmove, and the report lines' time, speed
+# and node count become T, R and N. Every wait has a limit of 30 seconds, for slow builds; a
+# wait that runs out, a run that does not end and anything on standard error are reported at
+# the end of the output, and nothing more is sent.
+set -uo pipefail
+program=$(realpath "$1") dir=$(realpath "$2") name=$3
+label=$(basename "$program")
+uci=0
+[[ $label == *-uci ]] && uci=1
+scratch=$(mktemp -d) work=$(mktemp -d)
+pid=""
+trap '[[ -n $pid ]] && kill -KILL "$pid" 2>/dev/null; rm -rf "$scratch" "$work"' EXIT
+trap '' PIPE # a write to a program that has ended fails instead of ending this script
 [[ -d $dir/$name.setup ]] && cp -r "$dir/$name.setup/." "$scratch/"
-args=()
-[[ -f $dir/$name.args ]] && read -ra args <"$dir/$name.args"
-envs=()
-[[ -f $dir/$name.env ]] && mapfile -t envs <"$dir/$name.env"
-input=$dir/$name.in
-[[ -f $input ]] || input=/dev/null
-expected_status=0
-[[ -f $dir/$name.status ]] && expected_status=$(<"$dir/$name.status")
+cd "$scratch" || exit 2
+out=$work/out fifo=$work/fifo actual=$work/actual
+: >"$actual"
+notes="" broken=0 buffer="" mark=0 running=0
 
-cd "$scratch"
-status=0
-if [[ -f $dir/$name.sh ]]; then
-    env ${envs[@]+"${envs[@]}"} bash "$dir/$name.sh" "$kovrel" "$input" >actual.out || status=$?
-else
-    env ${envs[@]+"${envs[@]}"} "$kovrel" ${args[@]+"${args[@]}"} <"$input" >actual.out || status=$?
-fi
+flush() { # sends the lines gathered so far
+    [[ -z $buffer ]] && return
+    mark=$(wc -l <"$out")
+    printf '%s' "$buffer" >&3 2>/dev/null
+    buffer=""
+}
+
+wait_for() { # wait_for REGEX: see @wait
+    local deadline=$((SECONDS + 30)) at
+    while :; do
+        at=$(awk -v m="$mark" -v re="$1" 'NR > m && $0 ~ re { print NR; exit }' "$out")
+        [[ -n $at ]] && mark=$at && return 0
+        ! kill -0 "$pid" 2>/dev/null || ((SECONDS > deadline)) && break
+        sleep 0.05
+    done
+    notes+="no line matching \"$1\" came"$'\n' broken=1
+}
+
+start_run() { # start_run TIMED WORDS...: env assignments and arguments as in @run
+    local timed=$1 word
+    shift
+    set -f
+    eval "set -- $*"
+    set +f
+    runenv=() args=() merge=0
+    for word; do
+        if ((${#args[@]} == 0)) && [[ $word =~ ^[A-Za-z_]+= ]]; then runenv+=("$word"); else args+=("$word"); fi
+    done
+    if ((${#args[@]})) && [[ ${args[-1]} == '2>&1' ]]; then merge=1 && unset 'args[-1]'; fi
+    echo "\$ ${runenv[*]+${runenv[*]} }$label${args[*]+ ${args[*]}}" >>"$actual"
+    filters=() rules=$work/rules.awk ngo=0 running=1 buffer="" pid=""
+    : >"$rules"
+    if ((timed)); then
+        rm -f "$fifo" && mkfifo "$fifo"
+        set -m # the program gets the default action for SIGINT
+        launch "$fifo" &
+        pid=$!
+        set +m
+        exec 3>"$fifo"
+    else
+        words=$work/words
+        : >"$words"
+    fi
+}
+
+launch() { # launch INPUT: the shell becomes the program, reading INPUT
+    exec <"$1" >"$out" 2>"$work/err"
+    ((merge)) && exec 2>&1
+    exec env ${runenv[@]+"${runenv[@]}"} "$program" ${args[@]+"${args[@]}"}
+}
+
+end_run() { # closes the input, waits for the end and adds the output
+    local status deadline filter spec
+    ((running)) || return
+    running=0
+    if [[ -n $pid ]]; then
+        flush
+        exec 3>&-
+        deadline=$((SECONDS + 30))
+        while kill -0 "$pid" 2>/dev/null && ((SECONDS < deadline)); do sleep 0.05; done
+        kill -KILL "$pid" 2>/dev/null && notes+="the program did not end; killed"$'\n'
+        wait "$pid"
+        status=$? pid=""
+    else
+        (launch "$words")
+        status=$?
+    fi
+    [[ -s $work/err ]] && notes+="standard error: $(head -c 2000 "$work/err")"$'\n'
+    ((uci)) && filters+=("rules")
+    for spec in ${filters[@]+"${filters[@]}"}; do
+        read -ra filter <<<"$spec"
+        vars=("${filter[@]:1}")
+        awk -v program="$program" ${vars[@]+"${vars[@]/#/-v}"} -f "$rules" -f "$dir/$filter.awk" \
+            "$out" >"$out.next" || notes+="the filter $spec failed"$'\n'
+        mv "$out.next" "$out"
+    done
+    if ((uci)); then
+        sed -Ei '/^info string /!{s/ time [0-9]+/ time T/g; s/ nps [0-9]+/ nps R/g; s/ nodes [0-9]+/ nodes N/g}' "$out"
+    fi
+    cat "$out" >>"$actual"
+    echo "status $status" >>"$actual"
+}
+
+mapfile -t lines <"$dir/$name.in"
+for ((i = 0; i < ${#lines[@]}; i++)); do
+    line=${lines[i]}
+    if ((!running)) && [[ $line != @run* && $line != @#* && $line != @files && $line != @show* ]]; then
+        lines=("@run" "${lines[@]:i}") i=0 line=@run
+    fi
+    ((broken)) && [[ $line != @run* ]] && continue
+    case $line in
+    '@#'*) ;;
+    @run*)
+        end_run
+        ((broken)) && break
+        timed=$uci
+        for ((j = i + 1; j < ${#lines[@]}; j++)); do
+            [[ ${lines[j]} =~ ^@(run|files|show) ]] && break
+            [[ ${lines[j]} =~ ^@(wait|sleep|signal) ]] && timed=1
+        done
+        start_run "$timed" "${line#@run}"
+        ;;
+    '@filter '*) filters+=("${line#@filter }") ;;
+    '@check'*) rule=${line#@check} && echo "BEGIN { rule[$ngo] = \"${rule# }\" }" >>"$rules" ;;
+    '@wait '*) flush && wait_for "${line#@wait }" ;;
+    '@sleep '*) flush && sleep "${line#@sleep }" ;;
+    '@signal '*) flush && kill -"${line#@signal }" "$pid" ;;
+    '@files')
+        end_run
+        echo "--- files left" >>"$actual"
+        LC_ALL=C ls -1A >>"$actual"
+        ;;
+    '@show '*)
+        end_run
+        read -r file filter <<<"${line#@show }"
+        echo "--- $file" >>"$actual"
+        if [[ -n $filter ]]; then awk -f "$dir/$filter.awk" "$file"; else cat "$file"; fi >>"$actual"
+        ;;
+    '@long '*)
+        rest=${line#@long }
+        buffer+="$(printf '%-*s' "${rest%% *}" "${rest#* }")"$'\n'
+        ;;
+    '@crlf '*) buffer+="${line#@crlf }"$'\r\n' ;;
+    '@'*) notes+="unknown directive: $line"$'\n' broken=1 ;;
+    *)
+        if [[ -z $pid ]]; then
+            printf '%s\n' "$line" >>"$words"
+        else
+            buffer+="$line"$'\n'
+            if [[ $line =~ ^go([[:blank:]]|$) ]] && ((uci)); then
+                ngo=$((ngo + 1))
+                [[ " $line " =~ [[:blank:]](infinite|ponder)[[:blank:]] ]] || { flush && wait_for '^bestmove'; }
+            fi
+        fi
+        ;;
+    esac
+done
+((running)) && end_run
+printf '%s' "$notes" >>"$actual"
+
 ok=1
-if ! diff -u "$dir/$name.out" actual.out; then
-    echo "transcript $name: output differs"
-    ok=0
-fi
-if [[ $status != "$expected_status" ]]; then
-    echo "transcript $name: exit status $status, expected $expected_status"
-    ok=0
-fi
+diff -u "$dir/$name.out" "$actual" || { echo "transcript $name: output differs"; ok=0; }
 if [[ -d $dir/$name.files ]]; then
     for file in "$dir/$name.files"/*; do
         base=$(basename "$file")
-        if ! cmp -s "$file" "$scratch/$base"; then
-            echo "transcript $name: file $base differs"
-            diff -u "$file" "$scratch/$base" || true
-            ok=0
-        fi
+        cmp -s "$file" "$scratch/$base" ||
+            { echo "transcript $name: file $base differs"; diff -u "$file" "$scratch/$base"; ok=0; }
     done
 fi
 ((ok == 1))

@@ -6,9 +6,8 @@
 #   selfplay.sh KOVREL
 set -euo pipefail
 kovrel=$(realpath "$1")
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+source "$(dirname "$0")/lib.bash"
+in_scratch_folder
 
 openings=(
     "e4 e5 Nf3 Nc6 Bb5"

@@ -38,7 +38,7 @@ seed fen "$build/start.fen"
 seed book_source "$root/openings.txt"
 (cd "$build" && cp "$root/openings.txt" . && "$build/../build/kovrel" -crbk </dev/null >/dev/null 2>&1 || true)
 seed book_records "$build/openings.dat"
-seed movetext "$transcripts"/promotion-forms.in
+seed movetext "$transcripts"/move-notation.in
 
 for target in "${targets[@]}"; do
     findings=$build/findings/$target

@@ -1,5 +1,6 @@
-# kovrel-annotate on two games at depth 3 (the tables cleared for each game, so the run is the
-# same every time), then on its own output. The annotated games are shown with the engine's
+#!/usr/bin/env bash
+# kovrel-annotate (the program in $KOVREL_ANNOTATE) on two games at depth 3 (the tables cleared
+# for each game, so the run is the same every time), then on its own output. The annotated games are shown with the engine's
 # values replaced by V and its lines and glyphs taken out: those are its own findings. What can
 # be worked out by hand is checked by rule below, each check printing one line.
 set -u
@@ -98,3 +99,12 @@ annotate bad.pgn --depth 2 >bad-out.pgn 2>errors.txt
 echo "status $?"
 cat errors.txt
 normalised bad-out.pgn
+
+# Command lines and files it cannot use: one error line naming the problem, the usage where the
+# command line is at fault, and the exit status (2: command line, 1: files).
+for args in "" "two-games.pgn --speed 3" "missing.pgn --depth 2" --help \
+    "two-games.pgn --depth 2 -o no/such/folder/out.pgn"; do
+    echo "\$ kovrel-annotate${args:+ $args}"
+    annotate $args 2>&1
+    echo "status $?"
+done

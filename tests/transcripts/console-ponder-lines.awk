@@ -1,33 +1,23 @@
-# Filter for the console report of a pondering search (thinking on the opponent's time).
-# Every line passes unchanged except the report that follows the line
+# Filter for the console report of a pondering search, which follows the line
 #   "Kovrel is pondering... Ctrl-C or hit any key to stop it"
-# whose number of iterations, moves, values, times and node counts depend on the machine's
-# speed and on when the opponent's word arrived. The report is checked by rule and replaced
-# by one fixed line (or, when a check fails, by lines naming what is wrong):
-#   - iterations come in order from depth 2: "new iteration with depth N";
-#   - each iteration prints one line "best move: MOVE=[ VALUE .. ?]" (the move text with its
-#     blank or promotion letter, the value right-aligned in seven places);
-#   - every iteration but the last ends "iteration finished - ...", the last one (stopped by
-#     the word that arrived) "iteration interrupted - ...", each followed by an empty line;
-#     a pondering search has no time limit, so "time over" never appears;
-#   - an interrupted iteration keeps the previous iteration's move and value, unless it found
-#     a move whose value is at least 1500 search units (750 as printed) above the previous
-#     value.
-# When the side to move has a single legal move the pondering search returns it at once and
-# prints nothing; the header line is then followed directly by what comes next.
-# Variables (set with -v):
-#   finished=some   (default) at least one iteration must have finished before the
-#                   interruption (the driver waited for one)
-#   finished=any    the interruption may come in the first iteration
+# and whose iterations, moves, values, times and node counts depend on the machine's speed and
+# on when the opponent's word arrived. It is checked by rule and replaced by one fixed line (or
+# by lines naming what is wrong): iterations in order from depth 2 ("new iteration with depth
+# N"), each with one line "best move: MOVE=[ VALUE .. ?]" and ending "iteration finished - ..."
+# but the last, which the word stopped ("iteration interrupted - ..."), each followed by an
+# empty line; no "time over" (no time limit). An interrupted iteration keeps the previous
+# move and value unless its move is at least 750 (as printed) above the previous value.
+# With a single legal move the pondering search prints nothing after the header.
+# finished=some (default): at least one iteration must have finished (the session waited for
+# one); finished=any: the interruption may come in the first iteration.
 
 function fail(msg) { problems = problems "- pondering report: " msg "\n" }
 
-BEGIN { state = ""; if (finished == "") finished = "some" }
+BEGIN { if (finished == "") finished = "some" }
 
 $0 == "Kovrel is pondering... Ctrl-C or hit any key to stop it" {
     print
-    state = "header"; depth = 1; nfinished = 0; problems = ""; lastbest = ""; lastvalue = ""
-    inner = 0
+    state = "header"; depth = 1; nfinished = 0; problems = ""; lastbest = ""; lastvalue = ""; inner = 0
     next
 }
 

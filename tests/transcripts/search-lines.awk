@@ -1,35 +1,26 @@
-# Filter for transcripts of the engine's search in the console. Every line passes unchanged
-# except the ones whose numbers cannot be worked out by hand; those are checked by rule and
-# replaced by a fixed text (or, when a check fails, by a line naming what is wrong).
+# Filter for the console search's lines whose numbers cannot be worked out by hand: they are
+# checked by rule and replaced by a fixed text (or, when a check fails, by a line naming what
+# is wrong); every other line passes unchanged.
 #
-# The static list ("current best-first move list with respective evaluation:") holds one
-# "MOVE =  VALUE" entry per legal move, four to a line and tab-separated, greatest value
-# first. Its entry lines become one line: the number of entries and the moves in alphabetical
+# The static list (one "MOVE =  VALUE" entry per legal move, four to a line, tab-separated,
+# greatest value first) becomes one line: the number of entries and the moves in alphabetical
 # order, so the expected text states exactly which legal moves the side to move has.
+# The value-range list after each iteration ("MOVE=[ LOW .. HIGH ]" for the first eight
+# positions, a "?" after a bound not proven in this iteration, then the remaining moves, eight
+# to a line) must name the same moves. Position 0 holds the greatest lower bound, positions 1..
+# fall by upper bound; an iteration that finished has separated its best move: a proven lower
+# bound at 0 not below the upper bound at 1, and proven upper bounds at every other position.
 #
-# The value-range list after each iteration shows, for the first eight positions, the move
-# and its range "[ LOW .. HIGH ]" (a "?" after a bound that is not proven in this iteration),
-# then the remaining moves, eight to a line. It must name the same moves as the static list.
-# Position 0 holds the greatest lower bound; positions 1.. are ordered by falling upper
-# bound. An iteration that finished has separated its best move: the move at position 0 has
-# a proven lower bound not below the upper bound at position 1, and every other shown move
-# has a proven upper bound.
-#
-# Variables (set with -v):
-#   echo=member  the engine's move (the first move echo after a static list) must be one of
-#                the listed moves; its move text is replaced by "<one of the listed moves>"
-#   echo=first   it must be the first move of the list (the greatest static value); its move
-#                text is replaced by "<the first listed move>"
-#   echo=keep    (default) the echo passes unchanged (the move is fixed: forced, a mate or
-#                the book's, and written out in the expected text)
-#   iters=keep     (default) every iteration's lines are shown (summarised as above)
-#   iters=collapse the iterations that finished are checked to come in order from depth 2 on
-#                  and replaced by one line; only the last, interrupted iteration is shown,
-#                  its depth number replaced by a fixed text
+# Variables (-v): echo=member|first|keep (default keep): the engine's move (the first echo
+# after a static list) must be one of the listed moves, or the first (greatest static value),
+# and is replaced by "<one of the listed moves>" or "<the first listed move>"; keep leaves it
+# (a forced move, a mate, the book's). iters=keep (default) shows every iteration (summarised
+# as above); iters=collapse checks that the finished ones come in order from depth 2 and
+# replaces them by one line, showing only the last, interrupted one with a fixed depth text.
 
 function fail(msg) { problems = problems "- " msg "\n" }
 
-# Moves of a space-separated string, sorted, as one space-separated string.
+# The moves of a blank-separated string, sorted.
 function sorted(list,    n, a, i, j, t, out) {
     n = split(list, a, " ")
     for (i = 2; i <= n; i++) {
@@ -37,20 +28,16 @@ function sorted(list,    n, a, i, j, t, out) {
         for (j = i - 1; j >= 1 && a[j] > t; j--) a[j + 1] = a[j]
         a[j + 1] = t
     }
-    out = ""
     for (i = 1; i <= n; i++) out = out (i > 1 ? " " : "") a[i]
     return out
 }
 
-function flush_problems() {
-    if (problems != "") { printf "%s", problems; problems = "" }
-}
+# The move of an entry "e2e4 " or "e7e8q": four letters and the promotion letter, if any.
+function move_of(text) { return substr(text, 1, 4) (substr(text, 5, 1) == " " ? "" : substr(text, 5, 1)) }
 
-BEGIN {
-    if (echo == "") echo = "keep"
-    if (iters == "") iters = "keep"
-    state = ""; pending = 0; problems = ""; finished = 0; lastdepth = 1
-}
+function flush_problems() { printf "%s", problems; problems = "" }
+
+BEGIN { lastdepth = 1 }
 
 # ---- static list -------------------------------------------------------------------------
 state == "static" {
@@ -73,8 +60,7 @@ state == "static" {
             fail("malformed static entry: \"" f[i] "\"")
             continue
         }
-        mv = substr(f[i], 1, 4); promo = substr(f[i], 5, 1)
-        if (promo != " ") mv = mv promo
+        mv = move_of(f[i])
         val = substr(f[i], 7) + 0
         if (nst > 0 && val > lastval) fail("static values not falling at " mv)
         if (mv in inlist) fail("move listed twice: " mv)
@@ -113,8 +99,7 @@ $0 == "current best-first move list with respective value range:" {
 
 state == "ranges" && !/^iteration / && $0 != "time over" {
     if ($0 ~ /^[a-h][1-8][a-h][1-8][nbrq ]=\[[ -]*[0-9]+[ ?]\.\.[ -]*[0-9]+[ ?]\]$/ && !rest) {
-        mv = substr($0, 1, 4); promo = substr($0, 5, 1)
-        if (promo != " ") mv = mv promo
+        mv = move_of($0)
         s = substr($0, 8)                     # "   -550 ..   -496 ]"
         lo[nshown] = substr(s, 1, 7) + 0; lof[nshown] = substr(s, 8, 1)
         hi[nshown] = substr(s, 11, 7) + 0; hif[nshown] = substr(s, 18, 1)
@@ -124,8 +109,7 @@ state == "ranges" && !/^iteration / && $0 != "time over" {
         n = split($0, f, "\t")
         for (i = 1; i <= n; i++) {
             if (f[i] !~ /^[a-h][1-8][a-h][1-8][nbrq ]$/) { fail("malformed range entry: \"" f[i] "\""); continue }
-            mv = substr(f[i], 1, 4); promo = substr(f[i], 5, 1)
-            if (promo != " ") mv = mv promo
+            mv = move_of(f[i])
             if (mv in seen) fail("move shown twice: " mv)
             seen[mv] = 1; nr++
         }
@@ -157,12 +141,7 @@ function check_ranges(resolved,    i, k) {
     if ($0 !~ /^iteration finished - total time: [0-9]+ sec - #nodes: [0-9]+$/) fail("malformed: " $0)
     check_ranges(1)
     state = ""
-    if (iters == "collapse") {
-        finished++
-        flush_problems()
-        skipblank = 1
-        next
-    }
+    if (iters == "collapse") { finished++; skipblank = 1; flush_problems(); next }
     if (problems == "") print "- value ranges of the " nr " listed moves, arranged and resolved"
     flush_problems()
     print "iteration finished - total time: (seconds) sec - #nodes: (count)"
@@ -174,10 +153,8 @@ $0 == "time over" || /^iteration interrupted - / {
         check_ranges(0)
         state = ""
         if (iters == "collapse") {
-            if (finished > 0)
-                print "- the iterations from depth 2 on finished in order, each arranged and resolved"
-            else
-                print "- no iteration finished"
+            if (finished) print "- the iterations from depth 2 on finished in order, each arranged and resolved"
+            else print "- no iteration finished"
             print "new iteration with depth (one more than the last finished)"
             print "current best-first move list with respective value range:"
         }
@@ -196,16 +173,12 @@ skipblank && $0 == "" { skipblank = 0; next }
 # ---- the engine's move ---------------------------------------------------------------------
 pending && /^ *[0-9]+\. (\.\.\. )?[a-h][1-8][a-h][1-8][nbrq ]$/ {
     pending = 0
-    mv = substr($0, length($0) - 4, 4); promo = substr($0, length($0), 1)
-    if (promo != " ") mv = mv promo
+    mv = move_of(substr($0, length($0) - 4))
     head = substr($0, 1, length($0) - 5)
-    if (echo == "member") {
-        if (mv in inlist) print head "<one of the listed moves>"
-        else print $0 "- not a listed move"
-    } else if (echo == "first") {
-        if (mv == firstmove) print head "<the first listed move>"
-        else print $0 "- not the first listed move " firstmove
-    } else print
+    if (echo == "member") print ((mv in inlist) ? head "<one of the listed moves>" : $0 "- not a listed move")
+    else if (echo == "first")
+        print (mv == firstmove ? head "<the first listed move>" : $0 "- not the first listed move " firstmove)
+    else print
     next
 }
 

@@ -1,0 +1,362 @@
+// The board, its companions and keys, and moves made and taken back, by hand and over trees.
+#include <cstdlib>
+#include <cstring>
+#include <sstream>
+#include <vector>
+
+#include "core/attacks.h"
+#include "core/movegen.h"
+#include "helpers.h"
+
+namespace {
+
+constexpr PositionKey startKey = 0x7EE956D4B3FB3833ULL;
+
+// The eight fields after the squares: king files and ranks, castling, en passant, side to move.
+std::vector<int32_t> fields(const Position& pos) {
+    return std::vector<int32_t>(&pos.whiteKingFile, &pos.whiteKingFile + 8);
+}
+
+TEST(Position, StartPositionFillsEveryField) {
+    Position pos;
+    std::memset(&pos, 0x5a, sizeof pos);
+    setInitialPosition(pos);
+    const PieceCode firstRank[8] = {4, 2, 3, 5, 6, 3, 2, 4};
+    for (int32_t file = 0; file < 8; ++file) {
+        const PieceCode column[8] = {firstRank[file], 1, 0, 0, 0, 0, -1, -firstRank[file]};
+        for (int32_t rank = 0; rank < 8; ++rank)
+            EXPECT_EQ(pos.squares[squareIndex(file, rank)], column[rank]) << file << rank;
+    }
+    EXPECT_EQ(fields(pos), (std::vector<int32_t>{4, 0, 4, 7, 3, 3, 0, 1}));
+}
+
+// Slots follow square order, a1 a2 ... h8; each side's count sits in slot 0.
+TEST(Position, PieceListsNumberSlotsInSquareOrder) {
+    const struct {
+        Text fen, white, black;
+    } cases[] = {
+        {startFen, "a1 a2 b1 b2 c1 c2 d1 d2 e1 e2 f1 f2 g1 g2 h1 h2",
+         "a7 a8 b7 b8 c7 c8 d7 d8 e7 e8 f7 f8 g7 g8 h7 h8"},
+        {"k7/7P/8/3p4/8/2N5/6p1/4K3 w - - 0 1", "c3 e1 h7", "a8 d5 g2"},
+    };
+    for (const auto& c : cases) {
+        PieceLists lists;
+        buildPieceLists(fromFen(c.fen), lists);
+        for (const Side side : {white, black}) {
+            std::istringstream squares(side == white ? c.white : c.black);
+            const auto& list = lists.slots[sideIndex(side)];
+            int32_t slot = 0;
+            for (std::string square; squares >> square;) {
+                ++slot;
+                EXPECT_EQ(squareIndex(list[slot][0], list[slot][1]), sq(square.c_str())) << square;
+                EXPECT_EQ(lists.slotOf[sq(square.c_str())], slot) << square;
+            }
+            EXPECT_EQ(list[0][0], slot) << c.fen;
+        }
+    }
+}
+
+TEST(Position, MaterialCountsLiveSlots) {
+    Board b;
+    EXPECT_EQ(b.material.sum[0], 51000);
+    EXPECT_EQ(b.material.sum[1], 51000);
+    b.lists.slots[1][3][0] = -1; // the knight on b1 captured: a dead slot, still counted
+    b.lists.slots[0][0][0] = 0;  // a side without slots
+    sumMaterial(b.pos, b.lists, b.material);
+    EXPECT_EQ(b.material.sum[1], 48000);
+    EXPECT_EQ(b.material.sum[0], 0);
+}
+
+// Phase by the stronger side's pawns' worth (Q 9, R 5, minor 3): 31+ 0, 23 1, 17 2, 11 3, 5 4.
+TEST(Position, GamePhaseLazyMarginAndBalance) {
+    const struct {
+        const char* fen;
+        int32_t phase, balance;
+    } cases[] = {
+        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", 5, 0},
+        {startFen, 0, 0},
+        {"4k3/8/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1", 0, 39000},
+        {"rnbqkbnr/pppppppp/8/8/8/8/8/4K3 w kq - 0 1", 0, -39000},
+        {"4k3/8/8/8/8/8/PPPPPPPP/1NBQK2R w - - 0 1", 1, 28000},
+        {"4k3/8/8/8/8/8/PP6/1NBQK2R w - - 0 1", 2, 22000},
+        {"4k3/8/8/8/8/8/PPP5/1NBQK2R w - - 0 1", 1, 23000},
+        {"1nbqk2r/pp6/8/8/8/8/8/4K3 w - - 0 1", 2, -22000},
+        {"4k3/8/8/8/8/8/PPPP4/4K3 w - - 0 1", 5, 4000},
+        {"4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 4, 5000},
+        {"4k3/8/8/8/8/8/8/R3K2R w - - 0 1", 4, 10000},
+        {"4k3/8/8/8/8/8/P7/R3K2R w - - 0 1", 3, 11000},
+        {"4k3/8/8/8/8/8/8/RN2K2R w - - 0 1", 3, 13000},
+        {"4k3/8/8/8/8/8/PP6/3QK2R w - - 0 1", 3, 16000},
+        {"4k3/8/8/8/8/8/8/2BQK2R w - - 0 1", 2, 17000},
+        {"4k3/8/8/8/8/8/PPPPP3/RNBQK2R w - - 0 1", 1, 30000},
+        {"4k3/8/8/8/8/8/PPPPPP2/RNBQK2R w - - 0 1", 0, 31000},
+        {"4k3/8/8/3r4/8/8/8/1N1QK3 w - - 0 1", 3, 7000},
+    };
+    for (const auto& c : cases) {
+        Board b(c.fen);
+        EXPECT_EQ(gamePhase, c.phase) << c.fen;
+        EXPECT_EQ(lazyMargin, 1200 + 400 * c.phase) << c.fen;
+        EXPECT_EQ(materialBalance, c.balance) << c.fen;
+    }
+}
+
+// Keys take two draws each, high half first: pieces, en passant, castling. Draw 25 (key 12) is
+// where the short lag wraps; drawing afresh restarts the source.
+TEST(Keys, TablesFollowTheDrawOrder) {
+    for (int32_t round = 0; round < 2; ++round) {
+        freshKeys();
+        const PositionKey cases[][2] = {
+            {pieceSquareKeys[0][0], 0x039B11BF4890D6A4ULL},
+            {pieceSquareKeys[0][1], 0x37539B8AA7E3A104ULL},
+            {pieceSquareKeys[0][12] >> 32, 0xABF131AAULL},
+            {pieceKey(-6, 0, 0), 0x039B11BF4890D6A4ULL},      // the black king is row 0
+            {pieceSquareKeys[11][63], 0x15B45CD59475361BULL}, // white king on h8
+            {enPassantKeys[0], 0x9550B69B55772368ULL},
+            {enPassantKeys[15], 0x53630E1F8FA3E91CULL},
+            {castlingKeys[0][0], 0xB7F48C0816573A4EULL},
+            {castlingKeys[1][0], 0x9690E409E1C1E4BCULL},
+            {castlingKeys[0][1], 0x2DDE33BB5F2BF442ULL},
+            {castlingKeys[1][1], 0x64F407A1CD4CEFBAULL},
+            {castlingKeys[0][2], 0xB197E00B9AB36C33ULL},
+            {castlingKeys[1][2], 0x75AF37B0B1E2CD49ULL},
+        };
+        for (const auto& c : cases)
+            EXPECT_EQ(c[0], c[1]) << &c - cases;
+        nextRandom();
+    }
+}
+
+// Whole positions; the side to move is not part of the key.
+TEST(Keys, KeysOfWholePositions) {
+    freshKeys();
+    const std::pair<Text, PositionKey> cases[] = {
+        {startFen, startKey},
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", startKey},
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w - - 0 1", 0xBAD1816F98AA9949ULL},
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1", 0x0B4661640219F57AULL},
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w kq - 0 1", 0xCF7EB6DF29485400ULL},
+        {"rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1", 0x42EC401D68E52886ULL},
+    };
+    for (const auto& [fen, key] : cases)
+        EXPECT_EQ(computeKey(fromFen(fen)), key) << fen;
+    Board played;
+    EXPECT_EQ(played.key, startKey);
+    played.play(white, mv("e2e4"));
+    EXPECT_EQ(played.key, cases[5].second);
+}
+
+TEST(Keys, EachFeatureAddsItsOwnKey) {
+    freshKeys();
+    Position pos = fromFen("4k3/8/8/8/8/8/8/4K3 w - - 0 1");
+    const PositionKey kings = computeKey(pos);
+    EXPECT_EQ(kings, pieceSquareKeys[0][sq("e8")] ^ pieceSquareKeys[11][sq("e1")]);
+    // Castling values 1..3 have a key each per side.
+    for (int32_t rights = 1; rights <= 3; ++rights) {
+        pos.whiteCastling = rights;
+        EXPECT_EQ(computeKey(pos) ^ kings, castlingKeys[0][rights - 1]);
+        pos.whiteCastling = 0;
+        pos.blackCastling = rights;
+        EXPECT_EQ(computeKey(pos) ^ kings, castlingKeys[1][rights - 1]);
+        pos.blackCastling = 0;
+    }
+    // White's double step on file f (value f + 1) uses entry f + 8, Black's entry 7 - f.
+    for (int32_t file = 0; file < 8; ++file) {
+        pos.enPassant = -(file + 1);
+        EXPECT_EQ(computeKey(pos) ^ kings, enPassantKeys[7 - file]);
+        pos.enPassant = file + 1;
+        EXPECT_EQ(computeKey(pos) ^ kings, enPassantKeys[8 + file]);
+    }
+    // A white knight on c3 is row 7, square 18; a black rook on h5 row 2, square 60.
+    pos.enPassant = 0;
+    pos.squares[sq("c3")] = 2;
+    pos.squares[sq("h5")] = -4;
+    EXPECT_EQ(computeKey(pos) ^ kings, pieceSquareKeys[7][18] ^ pieceSquareKeys[2][60]);
+}
+
+// The lists without what is never read: the ranks of dead slots, slotOf of empty squares.
+PieceLists readable(PieceLists lists, const Position& pos) {
+    for (auto& list : lists.slots) {
+        for (int32_t slot = 1; slot <= list[0][0]; ++slot)
+            list[slot][1] = list[slot][0] == -1 ? 0 : list[slot][1];
+    }
+    for (int32_t q = 0; q < 64; ++q)
+        lists.slotOf[q] = pos.squares[q] == 0 ? 0 : lists.slotOf[q];
+    return lists;
+}
+
+// Plays `m`, "" when all is well: keys, companions, slots kept, the victim's slot reported dead.
+std::string playChecked(Board& b, Side side, const Move& m, MoveUndo& undo) {
+    const int32_t from = squareIndex(m.fromFile, m.fromRank);
+    const int32_t to = squareIndex(m.toFile, m.toRank);
+    const int32_t kind = side * b.pos.squares[from];
+    int32_t victimSquare = b.pos.squares[to] != 0 ? to : -1;
+    if (kind == pawn && m.fromFile != m.toFile && victimSquare < 0)
+        victimSquare = squareIndex(m.toFile, m.fromRank);
+    const int32_t victim = victimSquare < 0 ? 0 : b.lists.slotOf[victimSquare];
+    const int32_t mover = b.lists.slotOf[from];
+    const bool castles = kind == king && std::abs(m.toFile - m.fromFile) == 2;
+    const int32_t rookFrom = squareIndex(m.toFile > m.fromFile ? 7 : 0, m.fromRank);
+    const int32_t rookTo = squareIndex((m.fromFile + m.toFile) / 2, m.fromRank);
+    const int32_t rook = castles ? b.lists.slotOf[rookFrom] : 0;
+    const PositionKey predicted = keyAfterMove(b.key, side, b.pos, m);
+    undo = b.play(side, m);
+    if (b.key != computeKey(b.pos)) return "incremental key";
+    if (b.key != predicted) return "predicted key";
+    if (!positionIsOk(b.pos, b.lists, b.material, b.key)) return "companions";
+    if (b.lists.slotOf[to] != mover) return "mover's slot";
+    if (castles && b.lists.slotOf[rookTo] != rook) return "rook's slot";
+    if (undo.capturedSlot != victim) return "captured slot";
+    if (victim != 0 && b.lists.slots[sideIndex(-side)][victim][0] != -1) return "victim alive";
+    return "";
+}
+
+std::string takeBackChecked(Board& b, Side side, const Move& m, const MoveUndo& undo,
+                            const Board& before) {
+    takeBack(side, b.pos, b.lists, m, undo);
+    b.key = before.key;
+    b.material = before.material;
+    if (std::memcmp(&b.pos, &before.pos, sizeof b.pos) != 0) return "board not restored";
+    const PieceLists now = readable(b.lists, b.pos), then = readable(before.lists, b.pos);
+    if (std::memcmp(&now, &then, sizeof now) != 0) return "lists not restored";
+    return "";
+}
+
+// Castling, rights lost, en passant set for one move and taken, promotions; side to move kept.
+TEST(MakeMove, SpecialMovesLeaveTheBoardTheirFenDescribes) {
+    const char* const corners = "r3k2r/8/8/8/8/8/8/R3K2R w KQkq - 0 1";
+    const struct {
+        const char* before;
+        const char* moves; // played in turn from the side to move
+        const char* after;
+    } cases[] = {
+        {startFen, "e2e4", "rnbqkbnr/pppppppp/8/8/4P3/8/PPPP1PPP/RNBQKBNR b KQkq e3 0 1"},
+        {startFen, "e2e4 d7d5", "rnbqkbnr/ppp1pppp/8/3p4/4P3/8/PPPP1PPP/RNBQKBNR w KQkq d6 0 1"},
+        {startFen, "e2e4 d7d5 g1f3 h7h6",
+         "rnbqkbnr/ppp1ppp1/7p/3p4/4P3/5N2/PPPP1PPP/RNBQKB1R w KQkq - 0 1"},
+        {"rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQK2R w KQkq - 0 1", "e1g1",
+         "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQ1RK1 b kq - 0 1"},
+        {"r3kbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR b KQkq - 0 1", "e8c8",
+         "2kr1bnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1"},
+        {"4k3/3p4/8/4P3/8/8/8/4K3 b - - 0 1", "d7d5 e5d6", "4k3/8/3P4/8/8/8/8/4K3 b - - 0 1"},
+        {"4k3/8/8/8/3p4/8/2P5/4K3 w - - 0 1", "c2c4 d4c3", "4k3/8/8/8/8/2p5/8/4K3 w - - 0 1"},
+        {"r3k3/1P6/8/8/8/8/8/4K3 w q - 0 1", "b7a8q", "Q3k3/8/8/8/8/8/8/4K3 b - - 0 1"},
+        {"4k3/1P6/8/8/8/8/p7/4K3 w - - 0 1", "b7b8n a2a1q", "1N2k3/8/8/8/8/8/8/q3K3 w - - 0 1"},
+        {corners, "h1h2", "r3k2r/8/8/8/8/8/7R/R3K3 b Qkq - 0 1"},
+        {corners, "h1h8", "r3k2R/8/8/8/8/8/8/R3K3 b Qq - 0 1"},
+        {corners, "a1a8", "R3k2r/8/8/8/8/8/8/4K2R b Kk - 0 1"},
+        {"r3k2r/8/8/8/8/8/8/R3K2R b KQkq - 0 1", "e8d8", "r2k3r/8/8/8/8/8/8/R3K2R w KQ - 0 1"},
+        {"r3k2r/8/8/8/8/8/8/R3K2R w Kkq - 0 1", "a1a4", "r3k2r/8/8/8/R7/8/8/4K2R b Kkq - 0 1"},
+        {"4k3/p7/8/3n4/8/8/8/3QK3 w - - 0 1", "d1d5", "4k3/p7/8/3Q4/8/8/8/4K3 b - - 0 1"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.before) + " " + c.moves);
+        Board b(c.before);
+        struct Ply {
+            Board before;
+            Side side;
+            Move move;
+            MoveUndo undo;
+        };
+        std::vector<Ply> plies;
+        std::istringstream moves(c.moves);
+        for (std::string text; moves >> text;) {
+            const Side side = plies.empty() ? b.pos.sideToMove : -plies.back().side;
+            plies.push_back({b, side, mv(text.c_str()), {}});
+            EXPECT_EQ(playChecked(b, side, plies.back().move, plies.back().undo), "") << text;
+        }
+        Board expected(c.after);
+        EXPECT_EQ(b.pos.sideToMove, plies[0].side);
+        expected.pos.sideToMove = b.pos.sideToMove;
+        EXPECT_EQ(std::memcmp(b.pos.squares, expected.pos.squares, sizeof b.pos.squares), 0);
+        EXPECT_EQ(fields(b.pos), fields(expected.pos));
+        EXPECT_EQ(b.key, expected.key);
+        EXPECT_EQ(b.material.sum[0], expected.material.sum[0]);
+        EXPECT_EQ(b.material.sum[1], expected.material.sum[1]);
+        for (auto p = plies.rbegin(); p != plies.rend(); ++p)
+            EXPECT_EQ(takeBackChecked(b, p->side, p->move, p->undo, p->before), "")
+                << name(p->move);
+    }
+}
+
+// Every pseudo-legal move made and taken back; the legal generator, the quick king and check
+// tests and the attack map agree with the full square test.
+struct Walk {
+    uint64_t nodes = 0;
+    uint64_t failures = 0;
+    std::string first;
+    void note(const std::string& problem, const Move& m) {
+        if (!problem.empty() && failures++ == 0) first = problem + " at " + name(m);
+    }
+};
+
+void walk(Walk& w, Board& b, Side side, int32_t depth) {
+    ++w.nodes;
+    if (depth == 0) return;
+    if (depth >= 2) {
+        for (const Side s : {white, black}) {
+            const uint64_t map = attackedSquares(b.pos, b.lists, s, occupancy(b.pos));
+            for (int32_t q = 0; q < 64; ++q) {
+                if (((map >> q & 1) != 0) != (isSquareSafe(b.pos, -s, q / 8, q % 8) == 0))
+                    w.note("attack map", {q / 8, q % 8, q / 8, q % 8, 0});
+            }
+        }
+    }
+    MoveList moves;
+    const int32_t last = generateMoves(side, moves, b.pos, b.lists, allMoves);
+    const bool inCheck = !isSquareSafe(b.pos, side, -1, 0);
+    int32_t legal = 0;
+    for (int32_t i = 0; i <= last; ++i) {
+        const Move m = moves.moves[i];
+        const Board before = b;
+        const int32_t from = squareIndex(m.fromFile, m.fromRank);
+        const int32_t kind = side * b.pos.squares[from];
+        const bool enPassant = kind == pawn && m.fromFile != m.toFile &&
+                               b.pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
+        const bool castles = kind == king && std::abs(m.toFile - m.fromFile) == 2;
+        MoveUndo undo;
+        w.note(playChecked(b, side, m, undo), m);
+        const bool safe = isSquareSafe(b.pos, side, -1, 0) != 0;
+        if (kind != king && !inCheck && !enPassant &&
+            kingSafeAfterMoveFrom(b.pos, side, from) != safe)
+            w.note("quick king test", m);
+        if (safe) {
+            ++legal;
+            if (!enPassant && !castles &&
+                givesCheck(b.pos, side, m) != (isSquareSafe(b.pos, -side, -1, 0) == 0))
+                w.note("quick check test", m);
+            walk(w, b, -side, depth - 1);
+        }
+        w.note(takeBackChecked(b, side, m, undo, before), m);
+    }
+    MoveList legalMoves;
+    if (generateLegalMoves(side, legalMoves, b.pos, allMoves) + 1 != legal)
+        w.note("legal move count", {0, 0, 0, 0, 0});
+}
+
+TEST(MakeMove, WholeTreesStayConsistent) {
+    // Node totals are the sums of the well-known perft counts of each depth, plus the root.
+    const struct {
+        const char* fen;
+        int32_t depth;
+        uint64_t nodes; // 0: no published count
+    } cases[] = {
+        {startFen, 4, 1 + 20 + 400 + 8902 + 197281},
+        {"r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq - 0 1", 3,
+         1 + 48 + 2039 + 97862},
+        {"8/2p5/3p4/KP5r/1R3p1k/8/4P1P1/8 w - - 0 1", 4, 1 + 14 + 191 + 2812 + 43238},
+        {"r3k2r/Pppp1ppp/1b3nbN/nP6/BBP1P3/q4N2/Pp1P2PP/R2Q1RK1 w kq - 0 1", 3, 1 + 6 + 264 + 9467},
+        {"rnbq1k1r/pp1Pbppp/2p5/8/2B5/8/PPP1NnPP/RNBQK2R w KQ - 1 8", 3, 1 + 44 + 1486 + 62379},
+        {"r4rk1/1pp1qppp/p1np1n2/2b1p1B1/2B1P1b1/P1NP1N2/1PP1QPPP/R4RK1 w - - 0 10", 2,
+         1 + 46 + 2079},
+        {"7k/P7/8/3Qq3/8/2n5/6pp/K7 b - - 0 1", 2, 0},
+    };
+    for (const auto& c : cases) {
+        Board b(c.fen);
+        Walk w;
+        walk(w, b, b.pos.sideToMove, c.depth);
+        EXPECT_EQ(w.failures, 0u) << c.fen << ": first " << w.first;
+        EXPECT_EQ(c.nodes != 0 ? w.nodes : 0, c.nodes) << c.fen;
+    }
+}
+
+} // namespace
