@@ -279,7 +279,7 @@ TEST(MakeMove, SpecialMovesLeaveTheBoardTheirFenDescribes) {
 }
 
 // Every pseudo-legal move made and taken back; the legal generator, the quick king and check
-// tests and the attack map agree with the full square test.
+// tests, the squares that answer a check and the attack map agree with the full square test.
 struct Walk {
     uint64_t nodes = 0;
     uint64_t failures = 0;
@@ -304,6 +304,7 @@ void walk(Walk& w, Board& b, Side side, int32_t depth) {
     MoveList moves;
     const int32_t last = generateMoves(side, moves, b.pos, b.lists, allMoves);
     const bool inCheck = !isSquareSafe(b.pos, side, -1, 0);
+    const uint64_t answers = inCheck ? checkAnswerSquares(b.pos, side, occupancy(b.pos)) : 0;
     int32_t legal = 0;
     for (int32_t i = 0; i <= last; ++i) {
         const Move m = moves.moves[i];
@@ -319,6 +320,10 @@ void walk(Walk& w, Board& b, Side side, int32_t depth) {
         if (kind != king && !inCheck && !enPassant &&
             kingSafeAfterMoveFrom(b.pos, side, from) != safe)
             w.note("quick king test", m);
+        // In check, a move of another piece outside the answering squares is never legal.
+        if (kind != king && inCheck && !enPassant && safe &&
+            (answers >> squareIndex(m.toFile, m.toRank) & 1) == 0)
+            w.note("check answers", m);
         if (safe) {
             ++legal;
             if (!enPassant && !castles &&
