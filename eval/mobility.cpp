@@ -30,8 +30,6 @@ constexpr auto queenLineMobilitySum = firstSums(queenLineMobility);
 // over 1000.
 constexpr int32_t defenceWeight[7] = {0, 50, 80, 80, 50, 25, 0};
 
-constexpr int32_t knightJumps[8][2] = {{1, 2}, {1, -2}, {-1, 2}, {-1, -2},
-                                       {2, 1}, {2, -1}, {-2, 1}, {-2, -1}};
 // The four lines through a square, as the two opposite directions of each (see lineSteps);
 // diagonals first.
 constexpr int32_t lineDirections[4][2] = {{0, 3}, {2, 1}, {4, 5}, {6, 7}};
@@ -94,11 +92,8 @@ void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32
     const int32_t value = pieceValue[kind];
     int32_t moves = 0;
     if (kind == knight) {
-        for (const auto& jump : knightJumps) {
-            const int32_t tf = file + jump[0];
-            const int32_t tr = rank + jump[1];
-            if (!onBoard(tf, tr)) continue;
-            const int32_t t = squareIndex(tf, tr);
+        for (int32_t k = 0; k < geometry.knightCount[square]; ++k) {
+            const int32_t t = geometry.knights[square][k];
             if (side * pos.squares[t] <= 0 && safeMove(w, pos, side, value, t, -1)) ++moves;
         }
         w.squareValue[square] += knightMobilitySum.sum[moves];

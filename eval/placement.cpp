@@ -125,9 +125,6 @@ constexpr int32_t lineBatteryBonus = 60;
 // A pin of a piece in front of one worth more than this above the pinner sets pinnedFlag.
 constexpr int32_t pinnedFlagMargin = 2999;
 
-constexpr int32_t knightJumps[8][2] = {{1, 2}, {1, -2}, {-1, 2}, {-1, -2},
-                                       {2, 1}, {2, -1}, {-2, 1}, {-2, -1}};
-
 // The two largest values among the enemy pieces a piece attacks directly, starting from the
 // piece's own value: a fork counts when the second largest exceeds the attacker.
 struct TwoLargest {
@@ -188,13 +185,11 @@ void pawnPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, 
     if (forked == 2) w.squareValue[p.square] += smaller / forkDivisor;
 }
 
-void knightPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r) {
+void knightPlacement(EvalWork& w, const Position& pos, const Piece& p) {
     TwoLargest attacked = {p.value, p.value};
-    for (const auto& jump : knightJumps) {
-        const int32_t tf = f + jump[0];
-        const int32_t tr = r + jump[1];
-        if (!onBoard(tf, tr)) continue;
-        const int32_t t = squareIndex(tf, tr);
+    // The order of the jumps does not matter: every step below adds up or keeps a maximum.
+    for (int32_t k = 0; k < geometry.knightCount[p.square]; ++k) {
+        const int32_t t = geometry.knights[p.square][k];
         attack(w, p, t);
         const int32_t seen = p.side * pos.squares[t];
         if (seen == 0) continue;
@@ -302,17 +297,13 @@ void sliderPlacement(EvalWork& w, const Position& pos, const Piece& p) {
     w.piecesPresent = 1;
 }
 
-void kingPlacement(EvalWork& w, const Position& pos, const PieceLists& lists, const Piece& p,
-                   int32_t f, int32_t r) {
+void kingPlacement(EvalWork& w, const Position& pos, const PieceLists& lists, const Piece& p) {
     // A bare king (nothing else in its list) is worth more in the centre the less is left.
     if (lists.slots[p.colour][0][0] == 1) w.squareValue[p.square] *= gamePhase * 16;
-    for (int32_t tf = f - 1; tf <= f + 1; ++tf) {
-        for (int32_t tr = r - 1; tr <= r + 1; ++tr) {
-            if ((tf == f && tr == r) || !onBoard(tf, tr)) continue;
-            const int32_t t = squareIndex(tf, tr);
-            attack(w, p, t);
-            if (pos.squares[t] != 0) w.squareValue[p.square] += bonusFor(pos, p, t);
-        }
+    for (uint64_t around = geometry.kingMask[p.square]; around != 0; around &= around - 1) {
+        const int32_t t = __builtin_ctzll(around);
+        attack(w, p, t);
+        if (pos.squares[t] != 0) w.squareValue[p.square] += bonusFor(pos, p, t);
     }
 }
 
@@ -335,7 +326,7 @@ void scorePlacementAndAttacks(EvalWork& w, const Position& pos, const PieceLists
                 pawnPlacement(w, pos, p, f, r);
                 break;
             case knight:
-                knightPlacement(w, pos, p, f, r);
+                knightPlacement(w, pos, p);
                 break;
             case bishop:
             case rook:
@@ -343,7 +334,7 @@ void scorePlacementAndAttacks(EvalWork& w, const Position& pos, const PieceLists
                 sliderPlacement(w, pos, p);
                 break;
             case king:
-                kingPlacement(w, pos, lists, p, f, r);
+                kingPlacement(w, pos, lists, p);
                 break;
             default:
                 break;
