@@ -92,6 +92,13 @@ for graph in graph.svg graph-2.svg; do
 done
 marks=$(grep -c '<circle cx="[0-9.]*" cy="[0-9.]*" r="5" fill="#d62828" stroke' graph.svg)
 check "graph.svg marks blunders ($((marks > 0 ? 1 : 0)) or more)" $((marks > 0 ? 0 : 1))
+# The value axis runs from -5 to +5 pawns: eleven labels, a faint line at every pawn but the
+# edges and zero (which has a line of its own); the legend names both thresholds.
+labels=$(grep -c 'text-anchor="end">' graph.svg)
+rows=$(perl -ne '$n++ if /<line x1="\d+" y1="([\d.]+)" x2="\d+" y2="\1" stroke="#808080" stroke-opacity/; END { print $n + 0 }' graph.svg)
+legend=$(grep -c -e '>? mistake (0.50)<' -e '>?? blunder (1.50)<' graph.svg)
+check "graph.svg has 11 value labels, 8 pawn lines and both thresholds in its legend" \
+    $([[ $labels == 11 && $rows == 8 && $legend == 2 ]] && echo 0 || echo 1) "($labels $rows $legend)"
 
 # Games that cannot be read are reported on standard error and skipped; the good one is kept.
 echo '$ kovrel-annotate bad.pgn --depth 2'
