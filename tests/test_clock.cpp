@@ -213,7 +213,8 @@ TEST(UciTime, PlansFollowTheSharingRule) {
     } cases[] = {
         {"movetime 1000", other(1000, -1, false), {950, never, unreachedDepth, true}},
         {"movetime under the overhead", other(30, -1, false), {1, never, unreachedDepth, true}},
-        {"1 minute", go(60000, 0, -1), {3892, 973, 24, true}},                // 58400 / 30
+        {"1 minute", go(60000, 0, -1), {3892, 973, 24, true}}, // 58400 / 30
+        {"movestogo 0, as none", go(60000, 0, 0), {3892, 973, 24, true}},
         {"3 minutes + 2 s", go(180000, 2000, -1), {15760, 3940, 24, true}},   // 236400 / 30
         {"2 s left + 0.1 s", go(2000, 100, -1), {220, 55, 24, true}},         // 3300 / 30
         {"40 moves in 2 minutes", go(120000, 0, 40), {5894, 1473, 24, true}}, // 117900 / 40
