@@ -94,7 +94,7 @@ launch() { # launch INPUT: the shell becomes the program, reading INPUT
 }
 
 end_run() { # closes the input, waits for the end and adds the output
-    local status deadline filter spec
+    local status deadline filter entry
     ((running)) || return
     running=0
     if [[ -n $pid ]]; then
@@ -111,11 +111,11 @@ end_run() { # closes the input, waits for the end and adds the output
     fi
     [[ -s $work/err ]] && notes+="standard error: $(head -c 2000 "$work/err")"$'\n'
     ((uci)) && filters+=("rules")
-    for spec in ${filters[@]+"${filters[@]}"}; do
-        read -ra filter <<<"$spec"
+    for entry in ${filters[@]+"${filters[@]}"}; do
+        read -ra filter <<<"$entry"
         vars=("${filter[@]:1}")
         awk -v program="$program" ${vars[@]+"${vars[@]/#/-v}"} -f "$rules" -f "$dir/$filter.awk" \
-            "$out" >"$out.next" || notes+="the filter $spec failed"$'\n'
+            "$out" >"$out.next" || notes+="the filter $entry failed"$'\n'
         mv "$out.next" "$out"
     done
     if ((uci)); then
