@@ -71,10 +71,11 @@ void knowAttacks(NodeAttacks& attacks, const Position& pos, const PieceLists& li
     attacks.known = true;
 }
 
-// Whether a piece of `attacker` may reach the target of move m, just made, given the squares
-// it attacked and the occupied squares before the move. Only the line through the square the
-// move left can have opened onto the target; en passant and castling, which change more
-// squares, always count as reachable.
+// Whether a piece of `attacker` may reach the target of move m once it is made, given the
+// squares it attacked and the occupied squares before the move. Only the line through the
+// square the move left can have opened onto the target, and the pieces on that line are the
+// same before and after the move, so it may be asked either side of the move; en passant and
+// castling, which change more squares, always count as reachable.
 bool reachable(const Position& pos, const Move& m, bool special, const NodeAttacks& before,
                Side attacker) {
     const int32_t to = squareIndex(m.toFile, m.toRank);
@@ -156,13 +157,22 @@ int64_t captureOrderScore(const Position& pos, Side side, const Move& m) {
     return score;
 }
 
+namespace {
+
+// The exchange term of a capture's order score, move m of `side` already on the board.
+int64_t exchangeTermOnBoard(Side side, const Move& m, Position& pos) {
+    return side * staticExchange(-side, pos, m.toFile, m.toRank, 0) * int64_t{2048};
+}
+
+} // namespace
+
 int64_t exchangeTerm(PositionKey key, const Material& material, Side side, const Move& m,
                      Position& pos, PieceLists& lists) {
     Material childMaterial = material;
     const MoveUndo undo = playOnBoard(key, side, pos, lists, m, childMaterial);
-    const int32_t exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 0);
+    const int64_t term = exchangeTermOnBoard(side, m, pos);
     takeBack(side, pos, lists, m, undo);
-    return exchange * int64_t{2048};
+    return term;
 }
 
 Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound, int32_t distance,
@@ -209,8 +219,7 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
         PositionKey childKey = key;
         Material childMaterial = material;
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
-        if (exchangeDue)
-            terms += side * staticExchange(-side, pos, m.toFile, m.toRank, 0) * int64_t{2048};
+        if (exchangeDue) terms += exchangeTermOnBoard(side, m, pos);
         int64_t score = 0;
         if (stored && usableEntry(entry, childKey, pos, -side)) {
             const int32_t v = -fromTableValue(entry.value, distance + 8);
