@@ -76,6 +76,19 @@ constexpr BoardGeometry makeBoardGeometry() {
 }
 inline constexpr BoardGeometry geometry = makeBoardGeometry();
 
+// Whether a step along line l raises the square index: the even lines do (up-right,
+// down-right, file +1, rank +1), so that the nearest square of a ray is its lowest bit there
+// and its highest bit on the odd lines.
+constexpr bool stepsUp(int32_t l) {
+    return (l & 1) == 0;
+}
+static_assert([] {
+    for (int32_t l = 0; l < 8; ++l) {
+        if ((geometry.step[l] > 0) != stepsUp(l)) return false;
+    }
+    return true;
+}());
+
 // The occupied squares of a position as a bit set over square indices.
 inline uint64_t occupancy(const Position& pos) {
 #if defined(__SSE2__)
@@ -105,7 +118,7 @@ inline uint64_t occupancy(const Position& pos) {
 inline int32_t firstOnLine(uint64_t occupied, int32_t a, int32_t l) {
     const uint64_t blockers = occupied & geometry.ray[a][l];
     if (blockers == 0) return -1;
-    return geometry.step[l] > 0 ? __builtin_ctzll(blockers) : 63 - __builtin_clzll(blockers);
+    return stepsUp(l) ? __builtin_ctzll(blockers) : 63 - __builtin_clzll(blockers);
 }
 
 // Returns 1 when no piece of the opponent of `side` attacks (file, rank), else 0. A file of -1

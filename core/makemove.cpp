@@ -233,3 +233,34 @@ PositionKey keyAfterMove(PositionKey key, Side side, const Position& pos, const 
     }
     return key;
 }
+
+void keysAfterMoves(PositionKey key, Side side, const Position& pos, const MoveList& moves,
+                    const int32_t* order, int32_t lastIndex, PositionKey* keys) {
+    if ((pos.whiteCastling | pos.blackCastling) != 0) {
+        for (int32_t i = 0; i <= lastIndex; ++i)
+            keys[i] = keyAfterMove(key, side, pos, moves.moves[order[i]]);
+        return;
+    }
+    // Without castling rights no move changes any, and every move clears the en-passant
+    // square the node has.
+    const PositionKey base = pos.enPassant != 0 ? key ^ enPassantKey(pos.enPassant) : key;
+    for (int32_t i = 0; i <= lastIndex; ++i) {
+        const Move& m = moves.moves[order[i]];
+        const int32_t from = squareIndex(m.fromFile, m.fromRank);
+        const int32_t to = squareIndex(m.toFile, m.toRank);
+        const PieceCode victim = pos.squares[to];
+        const PieceCode code = pos.squares[from];
+        PositionKey k = base ^ pieceSquareKeys[keyKind(code)][from];
+        if (victim != 0) k ^= pieceSquareKeys[keyKind(victim)][to];
+        if (code == side) {
+            if (victim == 0 && m.toFile != m.fromFile)
+                k ^= pieceSquareKeys[keyKind(-side)][squareIndex(m.toFile, m.fromRank)];
+            const PieceCode arriving = m.toRank == 0 || m.toRank == 7 ? side * m.promotion : side;
+            k ^= pieceSquareKeys[keyKind(arriving)][to];
+            if ((m.toRank - m.fromRank) * side == 2) k ^= enPassantKey((m.toFile + 1) * side);
+        } else {
+            k ^= pieceSquareKeys[keyKind(code)][to];
+        }
+        keys[i] = k;
+    }
+}

@@ -62,3 +62,8 @@ inline void takeBack(Side side, Position& pos, PieceLists& lists, const Move& m,
 // the position untouched: the search uses it to look at a child's table entry before (or
 // without) making the move.
 PositionKey keyAfterMove(PositionKey key, Side side, const Position& pos, const Move& m);
+
+// keyAfterMove for moves.moves[order[i]], i from 0 to lastIndex, into keys[i]: the node's
+// children all at once, with what every move changes alike worked out once.
+void keysAfterMoves(PositionKey key, Side side, const Position& pos, const MoveList& moves,
+                    const int32_t* order, int32_t lastIndex, PositionKey* keys);

@@ -184,48 +184,47 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
     // whose target the opponent can reach is scored as if the opponent won nothing back there,
     // and marked pending: its exchange is worked out only if that score comes up for choice.
     PositionKey childKeys[maxMoves];
-    for (int32_t i = 0; i <= lastIndex; ++i) {
-        childKeys[i] = keyAfterMove(key, side, pos, moves.moves[order[i]]);
+    keysAfterMoves(key, side, pos, moves, order, lastIndex, childKeys);
+    for (int32_t i = 0; i <= lastIndex; ++i)
         prefetchEntry(upperBoundTable[hashIndex(childKeys[i])]);
-    }
     Ordering result;
+    // The order terms first, while the slots arrive.
     for (int32_t i = 0; i <= lastIndex; ++i) {
+        pending[i] = false;
+        scores[i] = 0;
+        if (i < frontMoves) continue;
         const Move& m = moves.moves[order[i]];
         const int32_t mover = side * pos.squares[squareIndex(m.fromFile, m.fromRank)];
+        int64_t terms = historyTable[historyIndex(m, mover, side)];
+        if (m.promotion != 0) terms += (pieceValue[m.promotion] - 1000) * int64_t{4096};
         const int32_t victim = capturedKind(pos, side, m);
-        HashEntry& entry = upperBoundTable[hashIndex(childKeys[i])];
-        const bool stored = entryHasKey(entry, childKeys[i]);
-        const bool behindFront = i >= frontMoves;
-        int64_t terms = 0;
-        if (behindFront) {
-            terms += historyTable[historyIndex(m, mover, side)];
-            if (m.promotion != 0) terms += (pieceValue[m.promotion] - 1000) * int64_t{4096};
-        }
-        pending[i] = false;
-        bool exchangeDue = false;
-        if (behindFront && victim > 0) {
+        if (victim > 0) {
             // The line a capture opens through its from-square and the pieces on it are the
             // same before and after the move, so the reach is known before it is made.
             const bool enPassant = pos.squares[squareIndex(m.toFile, m.toRank)] == 0;
             knowAttacks(attacks, pos, lists, side);
-            exchangeDue = reachable(pos, m, enPassant, attacks, -side);
+            pending[i] = reachable(pos, m, enPassant, attacks, -side);
             terms += 2 * pieceValue[victim] * int64_t{2048} - pieceValue[mover] * 32;
         }
-        if (!stored) {
-            scores[i] = terms;
-            pending[i] = exchangeDue;
-            continue;
-        }
+        scores[i] = terms;
+    }
+    // Then the moves whose child's slot holds its key.
+    for (int32_t i = 0; i <= lastIndex; ++i) {
+        HashEntry& entry = upperBoundTable[hashIndex(childKeys[i])];
+        if (!entryHasKey(entry, childKeys[i])) continue;
+        const Move& m = moves.moves[order[i]];
         PositionKey childKey = key;
         Material childMaterial = material;
         const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
-        if (exchangeDue) terms += exchangeTermOnBoard(side, m, pos);
-        int64_t score = 0;
-        if (stored && usableEntry(entry, childKey, pos, -side)) {
+        if (pending[i]) {
+            scores[i] += exchangeTermOnBoard(side, m, pos);
+            pending[i] = false;
+        }
+        if (usableEntry(entry, childKey, pos, -side)) {
             const int32_t v = -fromTableValue(entry.value, distance + 8);
             const int32_t enough = remaining - 8 > 0 ? remaining - 8 : 0;
             if (v <= testBound || entry.depthLeft < enough) {
-                score = static_cast<int64_t>(v - testBound) * 4096 + tableScoreBase;
+                scores[i] += static_cast<int64_t>(v - testBound) * 4096 + tableScoreBase;
             } else {
                 entry.age = searchAge;
                 takeBack(side, pos, lists, m, undo);
@@ -235,7 +234,6 @@ Ordering scoreMoves(PositionKey key, const Material& material, int32_t testBound
                 return result;
             }
         }
-        scores[i] = score + terms;
         takeBack(side, pos, lists, m, undo);
     }
     return result;

@@ -279,7 +279,8 @@ TEST(MakeMove, SpecialMovesLeaveTheBoardTheirFenDescribes) {
 }
 
 // Every pseudo-legal move made and taken back; the legal generator, the quick king and check
-// tests, the squares that answer a check and the attack map agree with the full square test.
+// tests, the squares that answer a check and the attack map agree with the full square test,
+// and the keys of all the node's moves at once (in reverse order) with the keys made.
 struct Walk {
     uint64_t nodes = 0;
     uint64_t failures = 0;
@@ -305,6 +306,11 @@ void walk(Walk& w, Board& b, Side side, int32_t depth) {
     const int32_t last = generateMoves(side, moves, b.pos, b.lists, allMoves);
     const bool inCheck = !isSquareSafe(b.pos, side, -1, 0);
     const uint64_t answers = inCheck ? checkAnswerSquares(b.pos, side, occupancy(b.pos)) : 0;
+    int32_t order[maxMoves];
+    PositionKey keys[maxMoves];
+    for (int32_t i = 0; i <= last; ++i)
+        order[i] = last - i;
+    keysAfterMoves(b.key, side, b.pos, moves, order, last, keys);
     int32_t legal = 0;
     for (int32_t i = 0; i <= last; ++i) {
         const Move m = moves.moves[i];
@@ -316,6 +322,7 @@ void walk(Walk& w, Board& b, Side side, int32_t depth) {
         const bool castles = kind == king && std::abs(m.toFile - m.fromFile) == 2;
         MoveUndo undo;
         w.note(playChecked(b, side, m, undo), m);
+        if (b.key != keys[last - i]) w.note("key among the node's keys", m);
         const bool safe = isSquareSafe(b.pos, side, -1, 0) != 0;
         if (kind != king && !inCheck && !enPassant &&
             kingSafeAfterMoveFrom(b.pos, side, from) != safe)
