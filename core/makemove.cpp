@@ -236,20 +236,36 @@ PositionKey keyAfterMove(PositionKey key, Side side, const Position& pos, const 
 
 void keysAfterMoves(PositionKey key, Side side, const Position& pos, const MoveList& moves,
                     const int32_t* order, int32_t lastIndex, PositionKey* keys) {
-    if ((pos.whiteCastling | pos.blackCastling) != 0) {
-        for (int32_t i = 0; i <= lastIndex; ++i)
-            keys[i] = keyAfterMove(key, side, pos, moves.moves[order[i]]);
-        return;
+    // What every move changes alike: the en-passant square of the node goes, and the rights
+    // become those the corners allow. Only a king's move and a move from or to a corner can
+    // change the rights beyond that; they are left to keyAfterMove.
+    PositionKey base = pos.enPassant != 0 ? key ^ enPassantKey(pos.enPassant) : key;
+    const bool rights = (pos.whiteCastling | pos.blackCastling) != 0;
+    if (rights) {
+        const int32_t whiteRights = rightsAfterMove(pos, white, pos.whiteCastling, -1, -1, -1);
+        const int32_t blackRights = rightsAfterMove(pos, black, pos.blackCastling, -1, -1, -1);
+        if (whiteRights != pos.whiteCastling) {
+            base ^= castlingKey(white, pos.whiteCastling);
+            if (whiteRights != 0) base ^= castlingKey(white, whiteRights);
+        }
+        if (blackRights != pos.blackCastling) {
+            base ^= castlingKey(black, pos.blackCastling);
+            if (blackRights != 0) base ^= castlingKey(black, blackRights);
+        }
     }
-    // Without castling rights no move changes any, and every move clears the en-passant
-    // square the node has.
-    const PositionKey base = pos.enPassant != 0 ? key ^ enPassantKey(pos.enPassant) : key;
+    constexpr uint64_t corners =
+        uint64_t{1} << squareIndex(0, 0) | uint64_t{1} << squareIndex(0, 7) |
+        uint64_t{1} << squareIndex(7, 0) | uint64_t{1} << squareIndex(7, 7);
     for (int32_t i = 0; i <= lastIndex; ++i) {
         const Move& m = moves.moves[order[i]];
         const int32_t from = squareIndex(m.fromFile, m.fromRank);
         const int32_t to = squareIndex(m.toFile, m.toRank);
         const PieceCode victim = pos.squares[to];
         const PieceCode code = pos.squares[from];
+        if (rights && (code == side * king || ((corners >> from | corners >> to) & 1) != 0)) {
+            keys[i] = keyAfterMove(key, side, pos, m);
+            continue;
+        }
         PositionKey k = base ^ pieceSquareKeys[keyKind(code)][from];
         if (victim != 0) k ^= pieceSquareKeys[keyKind(victim)][to];
         if (code == side) {
