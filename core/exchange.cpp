@@ -149,8 +149,8 @@ static Capturer leastValuableCapturer(const Position& pos, uint64_t occupied, co
 // square is not attacked once the king has left its own.
 static Capturer kingCapturer(const Position& pos, uint64_t occupied, Side side, int32_t target) {
     const int32_t at = squareIndex(kingFile(pos, side), kingRank(pos, side));
-    const int32_t df = at / 8 - target / 8;
-    const int32_t dr = at % 8 - target % 8;
+    const int32_t df = (at >> 3) - (target >> 3);
+    const int32_t dr = (at & 7) - (target & 7);
     if (df < -1 || df > 1 || dr < -1 || dr > 1) return {-1, 0};
     // The king's own square counts as empty for the test; its content is never looked at.
     const bool safe = squareSafe(pos, occupied & ~(uint64_t{1} << at), side, target) != 0;

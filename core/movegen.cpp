@@ -61,7 +61,7 @@ static void knightMoves(Side side, MoveList& list, int32_t& last, const Position
     const int32_t from = squareIndex(f, r);
     for (int32_t k = 0; k < geometry.knightCount[from]; ++k) {
         const int32_t t = geometry.knights[from][k];
-        if (side * pos.squares[t] <= mode) addMove(list, last, f, r, t / 8, t % 8, 0);
+        if (side * pos.squares[t] <= mode) addMove(list, last, f, r, t >> 3, t & 7, 0);
     }
 }
 
@@ -75,7 +75,7 @@ static void sliderMoves(Side side, MoveList& list, int32_t& last, const Position
         for (int32_t k = geometry.length[from][line]; k > 0; --k) {
             t += step;
             const int32_t seen = side * pos.squares[t];
-            if (seen <= mode) addMove(list, last, f, r, t / 8, t % 8, 0);
+            if (seen <= mode) addMove(list, last, f, r, t >> 3, t & 7, 0);
             if (seen != 0) break;
         }
     }

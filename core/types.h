@@ -37,7 +37,7 @@ constexpr int32_t king = 6;
 
 // Index of a side in two-element per-side arrays (Material, PieceLists): Black 0, White 1.
 constexpr int32_t sideIndex(Side side) {
-    return (side + 1) / 2;
+    return (side + 1) >> 1;
 }
 
 constexpr int32_t squareIndex(int32_t file, int32_t rank) {

@@ -61,9 +61,9 @@ void discoveredThreats(const Position& pos, uint64_t occupied, Side side, int32_
         const int32_t first = side * pos.squares[at1];
         const int32_t second = side * pos.squares[at2];
         if (first > 0 && slidesAlong(first, diagonal) && second < 0) {
-            keep(pair, threatValue(-second, first), at2 / 8, at2 % 8);
+            keep(pair, threatValue(-second, first), at2 >> 3, at2 & 7);
         } else if (first < 0 && second > 0 && slidesAlong(second, diagonal)) {
-            keep(pair, threatValue(-first, second), at1 / 8, at1 % 8);
+            keep(pair, threatValue(-first, second), at1 >> 3, at1 & 7);
         }
     }
 }
@@ -74,7 +74,7 @@ void rayThreats(const Position& pos, uint64_t occupied, Side side, int32_t to, i
         const int32_t at = firstOnLine(occupied, to, rays[ray]);
         if (at < 0) continue;
         const int32_t seen = side * pos.squares[at];
-        if (seen < 0) keep(pair, threatValue(-seen, attacker), at / 8, at % 8);
+        if (seen < 0) keep(pair, threatValue(-seen, attacker), at >> 3, at & 7);
     }
 }
 
