@@ -20,8 +20,8 @@ done
 source "$(dirname "$0")/lib.bash"
 book_moves=$(book_start_moves "$root/share/games/kovrel/openings.dat")
 cd "$elsewhere"
-output=$(printf 'uci\nposition startpos\ngo wtime 60000 btime 60000\nquit\n' | "$root/games/kovrel-uci")
-grep -q '^option name BookFile type string default .*/share/games/kovrel/openings.dat$' <<<"$output" ||
+output=$("$root/games/kovrel-uci" <<<$'uci\nposition startpos\ngo wtime 60000 btime 60000\nquit')
+grep -q 'name BookFile type string default .*/share/games/kovrel/openings.dat$' <<<"$output" ||
     { echo "the installed book is not the default: $output"; exit 1; }
 grep -q '^info string' <<<"$output" && { echo "a complaint: $output"; exit 1; }
 played=$(sed -n 's/^bestmove \([a-h][1-8][a-h][1-8]\).*/\1/p' <<<"$output")
