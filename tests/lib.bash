@@ -10,8 +10,6 @@ in_scratch_folder() {
 # book_start_moves BOOK: the moves a book file holds for the start position, where all its lines
 # begin (so its first record's key names it), in coordinates, one a line.
 book_start_moves() {
-    local high low
-    read -r high low _ <"$1"
-    awk -v h="$high" -v l="$low" '$1 == h && $2 == l {
+    awk 'NR == 1 { key = $1 " " $2 } $1 " " $2 == key {
         printf "%c%d%c%d\n", 97 + $4, $5 + 1, 97 + $6, $7 + 1 }' "$1" | sort -u
 }

@@ -3,42 +3,35 @@
 #   run_transcript.sh PROGRAM DIR NAME
 # In DIR: NAME.in the session, NAME.out the expected text; optional NAME.setup/, files copied
 # into the scratch folder the session runs in, and NAME.files/, files it must leave there.
-#
 # NAME.in holds the lines sent to the program and these directives:
-#   @# TEXT            a comment: why the expected answers are right
-#   @run [VAR=VALUE...] [ARG...] [2>&1]   starts a run of the program (a session without one
-#                      starts a run without arguments; 2>&1 adds standard error to the output);
-#                      the arguments are read as the shell reads them.
-#                      The run ends at the next @run, @files, @show or at the end: its input
-#                      closes and it must end. Its output follows "$ PROGRAM ARG..." and is
-#                      followed by "status N".
-#   @filter NAME [VAR=VALUE...]    the run's output goes through DIR/NAME.awk (in order)
-#   @wait REGEX        waits for a line matching REGEX after the last line sent, or after the
-#                      line the last wait found
-#   @sleep SECONDS     a pause        @signal NAME    sends the signal to the program
-#   @long LENGTH TEXT  sends TEXT padded with blanks to LENGTH characters
-#   @crlf TEXT         sends TEXT ending in a carriage return
-#   @check RULE        (UCI) the rule for the search of the last go (see uci/rules.awk)
-#   @files             lists the files in the scratch folder
-#   @show FILE [FILTER]  prints FILE (through DIR/FILTER.awk)
-# A run with @wait, @sleep or @signal reads a named pipe and gets each group of lines at its
-# moment; any other run reads a file. For a program named *-uci every run reads the pipe, a
-# "go" without infinite or ponder waits for the bestmove, and the report lines' time, speed
-# and node count become T, R and N. Every wait has a limit of 30 seconds, for slow builds; a
-# wait that runs out, a run that does not end and anything on standard error are reported at
-# the end of the output, and nothing more is sent.
+#   @# TEXT          a comment: why the expected answers are right
+#   @run [VAR=VALUE...] [ARG...] [2>&1]   a run of the program, its words read as the shell
+#                    reads them (2>&1 adds standard error to the output); lines before any
+#                    @run start a run without arguments. A run ends at the next @run, @files,
+#                    @show or the end: its input closes and it must end. Its output follows
+#                    "$ PROGRAM ARG..." and is followed by "status N".
+#   @filter NAME [VAR=VALUE...]   the run's output goes through DIR/NAME.awk (in order)
+#   @wait REGEX      waits for a line matching REGEX after the last line sent or found
+#   @sleep SECONDS   a pause;  @signal NAME   sends the signal to the program
+#   @long LENGTH TEXT   sends TEXT padded with blanks;  @crlf TEXT   sends TEXT ending in CR LF
+#   @check RULE      (UCI) the rule for the search of the last go (see uci/rules.awk)
+#   @files           lists the scratch folder;  @show FILE FILTER   prints FILE through a filter
+# A run with @wait, @sleep or @signal, and every run of a *-uci program, reads a named pipe and
+# gets each group of lines at its moment; any other run reads a file. For *-uci programs a go
+# without infinite or ponder waits for the bestmove, rules.awk filters every run, and the
+# report lines' time, speed and node count become T, R and N. Waits have a limit of 30 seconds,
+# for slow builds, and so has the end of a run; a wait that runs out, a run that does not end
+# and anything on standard error are reported after the output, and nothing more is sent.
 set -uo pipefail
 program=$(realpath "$1") dir=$(realpath "$2") name=$3
 label=$(basename "$program")
-uci=0
-[[ $label == *-uci ]] && uci=1
-scratch=$(mktemp -d) work=$(mktemp -d)
-pid=""
+uci=$([[ $label == *-uci ]] && echo 1 || echo 0)
+scratch=$(mktemp -d) work=$(mktemp -d) pid=""
 trap '[[ -n $pid ]] && kill -KILL "$pid" 2>/dev/null; rm -rf "$scratch" "$work"' EXIT
 trap '' PIPE # a write to a program that has ended fails instead of ending this script
 [[ -d $dir/$name.setup ]] && cp -r "$dir/$name.setup/." "$scratch/"
 cd "$scratch" || exit 2
-out=$work/out fifo=$work/fifo actual=$work/actual
+out=$work/out fifo=$work/fifo actual=$work/actual words=$work/words rules=$work/rules.awk
 : >"$actual"
 notes="" broken=0 buffer="" mark=0 running=0
 
@@ -62,29 +55,24 @@ wait_for() { # wait_for REGEX: see @wait
 
 start_run() { # start_run TIMED WORDS...: env assignments and arguments as in @run
     local timed=$1 word
-    shift
     set -f
-    eval "set -- $*"
+    eval "set -- ${*:2}"
     set +f
-    runenv=() args=() merge=0
+    runenv=() args=() merge=0 filters=() ngo=0 running=1 buffer="" pid=""
     for word; do
-        if ((${#args[@]} == 0)) && [[ $word =~ ^[A-Za-z_]+= ]]; then runenv+=("$word"); else args+=("$word"); fi
+        [[ ${#args[@]} == 0 && $word =~ ^[A-Za-z_]+= ]] && runenv+=("$word") || args+=("$word")
     done
     if ((${#args[@]})) && [[ ${args[-1]} == '2>&1' ]]; then merge=1 && unset 'args[-1]'; fi
     echo "\$ ${runenv[*]+${runenv[*]} }$label${args[*]+ ${args[*]}}" >>"$actual"
-    filters=() rules=$work/rules.awk ngo=0 running=1 buffer="" pid=""
     : >"$rules"
-    if ((timed)); then
-        rm -f "$fifo" && mkfifo "$fifo"
-        set -m # the program gets the default action for SIGINT
-        launch "$fifo" &
-        pid=$!
-        set +m
-        exec 3>"$fifo"
-    else
-        words=$work/words
-        : >"$words"
-    fi
+    : >"$words"
+    ((timed)) || return
+    rm -f "$fifo" && mkfifo "$fifo"
+    set -m # the program gets the default action for SIGINT
+    launch "$fifo" &
+    pid=$!
+    set +m
+    exec 3>"$fifo"
 }
 
 launch() { # launch INPUT: the shell becomes the program, reading INPUT
@@ -94,7 +82,7 @@ launch() { # launch INPUT: the shell becomes the program, reading INPUT
 }
 
 end_run() { # closes the input, waits for the end and adds the output
-    local status deadline filter entry
+    local status deadline entry filter
     ((running)) || return
     running=0
     if [[ -n $pid ]]; then
@@ -113,14 +101,12 @@ end_run() { # closes the input, waits for the end and adds the output
     ((uci)) && filters+=("rules")
     for entry in ${filters[@]+"${filters[@]}"}; do
         read -ra filter <<<"$entry"
-        vars=("${filter[@]:1}")
-        awk -v program="$program" ${vars[@]+"${vars[@]/#/-v}"} -f "$rules" -f "$dir/$filter.awk" \
-            "$out" >"$out.next" || notes+="the filter $entry failed"$'\n'
+        awk -v program="$program" -f "$rules" -f "$dir/$filter.awk" "${filter[@]:1}" "$out" \
+            >"$out.next" || notes+="the filter $entry failed"$'\n'
         mv "$out.next" "$out"
     done
-    if ((uci)); then
-        sed -Ei '/^info string /!{s/ time [0-9]+/ time T/g; s/ nps [0-9]+/ nps R/g; s/ nodes [0-9]+/ nodes N/g}' "$out"
-    fi
+    ((uci)) && sed -Ei -e '/^info string /!{s/ time [0-9]+/ time T/g; s/ nps [0-9]+/ nps R/g' \
+        -e 's/ nodes [0-9]+/ nodes N/g}' "$out"
     cat "$out" >>"$actual"
     echo "status $status" >>"$actual"
 }
@@ -128,7 +114,7 @@ end_run() { # closes the input, waits for the end and adds the output
 mapfile -t lines <"$dir/$name.in"
 for ((i = 0; i < ${#lines[@]}; i++)); do
     line=${lines[i]}
-    if ((!running)) && [[ $line != @run* && $line != @#* && $line != @files && $line != @show* ]]; then
+    if ((!running)) && [[ ! $line =~ ^@(run|#|files|show) ]]; then
         lines=("@run" "${lines[@]:i}") i=0 line=@run
     fi
     ((broken)) && [[ $line != @run* ]] && continue
@@ -158,24 +144,18 @@ for ((i = 0; i < ${#lines[@]}; i++)); do
         end_run
         read -r file filter <<<"${line#@show }"
         echo "--- $file" >>"$actual"
-        if [[ -n $filter ]]; then awk -f "$dir/$filter.awk" "$file"; else cat "$file"; fi >>"$actual"
+        awk -f "$dir/$filter.awk" "$file" >>"$actual"
         ;;
-    '@long '*)
-        rest=${line#@long }
-        buffer+="$(printf '%-*s' "${rest%% *}" "${rest#* }")"$'\n'
-        ;;
+    '@long '*) rest=${line#@long } && buffer+="$(printf '%-*s' "${rest%% *}" "${rest#* }")"$'\n' ;;
     '@crlf '*) buffer+="${line#@crlf }"$'\r\n' ;;
     '@'*) notes+="unknown directive: $line"$'\n' broken=1 ;;
     *)
-        if [[ -z $pid ]]; then
-            printf '%s\n' "$line" >>"$words"
-        else
-            buffer+="$line"$'\n'
-            if [[ $line =~ ^go([[:blank:]]|$) ]] && ((uci)); then
-                ngo=$((ngo + 1))
-                [[ " $line " =~ [[:blank:]](infinite|ponder)[[:blank:]] ]] || { flush && wait_for '^bestmove'; }
-            fi
-        fi
+        [[ -z $pid ]] && printf '%s\n' "$line" >>"$words" && continue
+        buffer+="$line"$'\n'
+        [[ $line =~ ^go([[:blank:]]|$) ]] && ((uci)) || continue
+        ngo=$((ngo + 1))
+        [[ " $line " =~ [[:blank:]](infinite|ponder)[[:blank:]] ]] && continue
+        flush && wait_for '^bestmove'
         ;;
     esac
 done
@@ -183,12 +163,8 @@ done
 printf '%s' "$notes" >>"$actual"
 
 ok=1
-diff -u "$dir/$name.out" "$actual" || { echo "transcript $name: output differs"; ok=0; }
-if [[ -d $dir/$name.files ]]; then
-    for file in "$dir/$name.files"/*; do
-        base=$(basename "$file")
-        cmp -s "$file" "$scratch/$base" ||
-            { echo "transcript $name: file $base differs"; diff -u "$file" "$scratch/$base"; ok=0; }
-    done
-fi
+diff -u "$dir/$name.out" "$actual" || ok=0
+for file in "$dir/$name.files"/*; do # the files it must leave
+    [[ -e $file ]] && ! diff -u "$file" "$scratch/${file##*/}" && ok=0
+done
 ((ok == 1))
