@@ -1,15 +1,21 @@
-// What the unit tests share; the key tables and the material scale are set up before the first.
+// What the unit tests share, headers too; key tables and material scale are set up before the
+// first.
 #pragma once
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <vector>
 
 #include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/makemove.h"
+#include "core/movegen.h"
 #include "core/position.h"
 #include "eval/material.h"
 

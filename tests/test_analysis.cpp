@@ -1,13 +1,7 @@
 // The analysis tools' SAN, written and read, their value text, and the PGN reader on bad input.
-#include <cstdio>
-#include <cstring>
-#include <string>
-#include <tuple>
-
 #include "analysis/annotate.h"
 #include "analysis/pgn.h"
 #include "analysis/san.h"
-#include "core/movegen.h"
 #include "core/movetext.h"
 #include "helpers.h"
 #include "search/transtable.h"

@@ -1,12 +1,7 @@
 // The board, its companions and keys, and moves made and taken back, by hand and over trees.
 #include <cstdlib>
-#include <cstring>
-#include <sstream>
-#include <tuple>
-#include <vector>
 
 #include "core/attacks.h"
-#include "core/movegen.h"
 #include "helpers.h"
 
 namespace {

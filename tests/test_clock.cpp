@@ -2,7 +2,6 @@
 #include <climits>
 #include <csignal>
 #include <ctime>
-#include <tuple>
 
 #include "helpers.h"
 #include "search/settings.h"

@@ -1,12 +1,8 @@
 // The console program's game-end adjudication and its word reader on standard input.
 #include <cctype>
 #include <climits>
-#include <string>
-#include <tuple>
 #include <unistd.h>
-#include <vector>
 
-#include "core/movegen.h"
 #include "helpers.h"
 #include "ui/gameend.h"
 #include "ui/input.h"

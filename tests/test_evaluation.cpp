@@ -1,8 +1,5 @@
 // The evaluation, worked by hand on small positions.
 #include <map>
-#include <sstream>
-#include <string>
-#include <tuple>
 
 #include "eval/evaluate.h"
 #include "eval/values.h"

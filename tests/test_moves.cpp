@@ -1,14 +1,8 @@
 // Move generation, attacked squares, the static exchange, and moves as text.
 #include <algorithm>
-#include <cstring>
-#include <sstream>
-#include <string>
-#include <tuple>
-#include <vector>
 
 #include "core/attacks.h"
 #include "core/exchange.h"
-#include "core/movegen.h"
 #include "core/movetext.h"
 #include "helpers.h"
 

@@ -1,14 +1,10 @@
 // The search on hand-made positions, its tables, driver, pondering and opening book.
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <numeric>
-#include <sstream>
-#include <string>
 #include <unistd.h>
 
-#include "core/movegen.h"
 #include "eval/evaluate.h"
 #include "helpers.h"
 #include "search/alphabeta.h"
