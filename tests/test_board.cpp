@@ -60,14 +60,10 @@ TEST(Position, MaterialCountsLiveSlots) {
     EXPECT_EQ(b.material.sum[0], 0);
 }
 
-// Phase by the stronger side's pawns' worth (Q 9, R 5, minor 3): 31+ 0, 23 1, 17 2, 11 3, 5 4.
+// Phase by the stronger side's pawns' worth (Q 9, R 5, minor 3): 31+ 0, 23 1, 17 2, 11 3, 5 4; a
+// row on each side of every step, Black the stronger on one, both sides with pieces on one.
 TEST(Position, GamePhaseLazyMarginAndBalance) {
     const std::tuple<Text, int32_t, int32_t> cases[] = {
-        {"4k3/8/8/8/8/8/8/4K3 w - - 0 1", 5, 0},
-        {startFen, 0, 0},
-        {"4k3/8/8/8/8/8/PPPPPPPP/RNBQKBNR w KQ - 0 1", 0, 39000},
-        {"rnbqkbnr/pppppppp/8/8/8/8/8/4K3 w kq - 0 1", 0, -39000},
-        {"4k3/8/8/8/8/8/PPPPPPPP/1NBQK2R w - - 0 1", 1, 28000},
         {"4k3/8/8/8/8/8/PP6/1NBQK2R w - - 0 1", 2, 22000},
         {"4k3/8/8/8/8/8/PPP5/1NBQK2R w - - 0 1", 1, 23000},
         {"1nbqk2r/pp6/8/8/8/8/8/4K3 w - - 0 1", 2, -22000},
@@ -75,7 +71,6 @@ TEST(Position, GamePhaseLazyMarginAndBalance) {
         {"4k3/8/8/8/8/8/8/R3K3 w - - 0 1", 4, 5000},
         {"4k3/8/8/8/8/8/8/R3K2R w - - 0 1", 4, 10000},
         {"4k3/8/8/8/8/8/P7/R3K2R w - - 0 1", 3, 11000},
-        {"4k3/8/8/8/8/8/8/RN2K2R w - - 0 1", 3, 13000},
         {"4k3/8/8/8/8/8/PP6/3QK2R w - - 0 1", 3, 16000},
         {"4k3/8/8/8/8/8/8/2BQK2R w - - 0 1", 2, 17000},
         {"4k3/8/8/8/8/8/PPPPP3/RNBQK2R w - - 0 1", 1, 30000},
