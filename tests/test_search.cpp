@@ -1,4 +1,5 @@
 // The search on hand-made positions, its tables, driver, pondering and opening book.
+#include <array>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
@@ -62,16 +63,6 @@ protected:
         const int64_t before = nodeCount;
         value = search(board.pos.sideToMove, depthLimit, testBound, 8, 0);
         return nodeCount - before;
-    }
-
-    // runSearch over White's legal moves, returning its output; `chosen` the move's index.
-    std::string drive(int32_t& chosen, int32_t ponderTime = 0) {
-        game.search.StopFlag = 0;
-        game.search.searchStartTime = static_cast<int32_t>(std::time(nullptr));
-        const int32_t last = generateLegalMoves(white, legal, board.pos, allMoves);
-        return captureStdout([&] {
-            chosen = runSearch(game.search, white, legal, last, board.pos, 0, ponderTime, 0);
-        });
     }
 
     // Keys no position here has, so that only keys a test puts in can repeat.
@@ -281,14 +272,11 @@ TEST_F(Search, ThreatScan) {
     }
 }
 
-// Too little to mate is a draw at once, nothing stored; king and three pawns are played on.
+// Too little to mate is a draw at once, nothing stored; king and three pawns are played on. Which
+// material is too little is the game end's rule (noMatingMaterial), tabled in test_console.
 TEST_F(Search, TooLittleMaterialIsADrawAtOnce) {
-    const std::pair<Text, bool> cases[] = {
-        {"8/8/8/4k3/8/8/8/3BK3 w - - 0 1", true},
-        {"8/8/8/3nk3/8/8/8/4K3 b - - 0 1", true},
-        {"8/8/8/4k3/8/8/PPP5/4K3 w - - 0 1", false},
-        {"8/8/8/3nk3/8/8/8/3BK3 w - - 0 1", false},
-    };
+    const std::pair<Text, bool> cases[] = {{"8/8/8/4k3/8/8/8/3BK3 w - - 0 1", true},
+                                           {"8/8/8/4k3/8/8/PPP5/4K3 w - - 0 1", false}};
     fullWidthDepth = 16;
     for (const auto& [fen, draw] : cases) {
         board = Board(fen);
@@ -309,12 +297,9 @@ constexpr const char* queenUp = "4k3/8/8/8/8/8/8/3QK3 w - - 0 1";
 TEST_F(Search, RepetitionsInTheWindow) {
     const char* const other = "0 d2d4 0 8 0 other";
     const char* const freed = "0 d2d4 -4000 4000 255 other";
-    const struct {
-        int32_t fifty;
-        int32_t repeated[2]; // entries holding the node's key, -1 for none
-        bool draw;
-        const char* slot; // both entries afterwards, "" unchecked
-    } cases[] = {
+    // The fifty-move counter, entries holding the node's key (-1 none), a draw or not, both table
+    // entries afterwards ("" unchecked).
+    const std::tuple<int32_t, std::array<int32_t, 2>, bool, Text> cases[] = {
         {8, {3, 7}, true, other},   {5, {5, 7}, true, other},
         {4, {3, 7}, false, freed}, // 3 is too old
         {8, {4, 6}, false, ""},    // Black to move there
@@ -322,23 +307,22 @@ TEST_F(Search, RepetitionsInTheWindow) {
     };
     fullWidthDepth = 16;
     board = Board(queenUp);
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.fifty * 100 + c.repeated[0] * 10 + c.repeated[1]);
+    for (const auto& [fifty, repeated, draw, slot] : cases) {
+        SCOPED_TRACE(fifty * 100 + repeated[0] * 10 + repeated[1]);
         clearSearchTables();
         store(lowerBoundTable, 0, 8, 0, 0, d2d4, board.key ^ 1);
         store(upperBoundTable, 0, 8, 0, 0, d2d4, board.key ^ 1);
-        fillHistory(8, c.fifty);
-        for (const int32_t entry : c.repeated) {
+        fillHistory(8, fifty);
+        for (const int32_t entry : repeated)
             if (entry >= 0) game.search.keyHistory[entry] = board.key;
-        }
         int32_t value = 0;
         const int64_t nodes = nodesOf(16, 1, value);
         EXPECT_EQ(game.search.keyCount, 8);
-        EXPECT_EQ(game.search.fiftyMoveCounter, c.fifty);
-        EXPECT_EQ(value == 0 && nodes == 1, c.draw) << value << " " << nodes;
-        EXPECT_TRUE(c.draw || value > 1) << value;
-        EXPECT_EQ(*c.slot ? shown(lower()) : "", c.slot);
-        EXPECT_EQ(*c.slot ? shown(upper()) : "", c.slot);
+        EXPECT_EQ(game.search.fiftyMoveCounter, fifty);
+        EXPECT_EQ(value == 0 && nodes == 1, draw) << value << " " << nodes;
+        EXPECT_TRUE(draw || value > 1) << value;
+        EXPECT_EQ(*slot ? shown(lower()) : "", slot);
+        EXPECT_EQ(*slot ? shown(upper()) : "", slot);
     }
     // Without repetition the node's lower bound is stored in its slot.
     EXPECT_EQ(lower().keyLow, static_cast<uint32_t>(board.key));
@@ -428,21 +412,18 @@ TEST_F(Search, EnPassantIsOrderedAsACapture) {
     EXPECT_EQ(scores[at], 4064000);
 }
 
-// Pondering time counts only when the predicted move comes, and counts as time spent.
+// Pondering time counts only when the predicted move comes (5 here), and counts as time spent; a
+// mode of 1 means no pondering search came before. Each row: mode and ponder time before, the
+// move played, mode and time after.
 TEST_F(Search, PonderingCredit) {
-    const int32_t cases[][5] = {
-        // mode and ponder time before, the move played (5 predicted); mode and time after
-        {-1, 9, 5, 1, 9},
-        {-1, 9, 4, 1, 0},
-        {1, 3, 7, 1, 3}, // no pondering search before it
-    };
-    for (const auto& c : cases) {
-        game.ponderMode = c[0];
-        game.ponderTime = c[1];
+    const int32_t cases[][5] = {{-1, 9, 5, 1, 9}, {-1, 9, 4, 1, 0}, {1, 3, 7, 1, 3}};
+    for (const auto& [modeBefore, timeBefore, played, modeAfter, timeAfter] : cases) {
+        game.ponderMode = modeBefore;
+        game.ponderTime = timeBefore;
         game.lastSearchIndex = 5;
-        creditPondering(game, c[2]);
-        EXPECT_EQ(game.ponderMode, c[3]) << c[2];
-        EXPECT_EQ(game.ponderTime, c[4]) << c[2];
+        creditPondering(game, played);
+        EXPECT_EQ(game.ponderMode, modeAfter) << played;
+        EXPECT_EQ(game.ponderTime, timeAfter) << played;
     }
     // 55 s, Qxd4 plainly best: a credit of 1000 exceeds (1000 + 55) / 4 after depth 2; without it
     // depth 3 runs, after which the move has held twice.
@@ -452,8 +433,11 @@ TEST_F(Search, PonderingCredit) {
     for (const auto& [credit, iterations] : {std::pair{1000, 1}, std::pair{0, 2}}) {
         clearSearchTables();
         board = Board("rnb1kbnr/pppp1ppp/8/4p3/3q4/4P3/PPPP1PPP/RNBQKBNR w KQkq - 0 3");
-        int32_t chosen = 0;
-        const std::string output = drive(chosen, credit);
+        game.search.StopFlag = 0;
+        game.search.searchStartTime = static_cast<int32_t>(std::time(nullptr));
+        const int32_t last = generateLegalMoves(white, legal, board.pos, allMoves);
+        const std::string output = captureStdout(
+            [&] { runSearch(game.search, white, legal, last, board.pos, 0, credit, 0); });
         EXPECT_NE(output.find("new iteration with depth 2\n"), std::string::npos) << credit;
         EXPECT_EQ(output.find("new iteration with depth 3\n") != std::string::npos,
                   iterations == 2);
