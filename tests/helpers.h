@@ -65,9 +65,8 @@ inline std::string name(const Move& m) {
 
 // Index of a move in moves 0..last, -1 when absent.
 inline int32_t indexOf(const MoveList& list, int32_t last, const Move& m) {
-    for (int32_t i = 0; i <= last; ++i) {
+    for (int32_t i = 0; i <= last; ++i)
         if (sameMove(list.moves[i], m)) return i;
-    }
     return -1;
 }
 

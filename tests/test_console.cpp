@@ -1,4 +1,5 @@
 // The console program's game-end adjudication and its word reader on standard input.
+#include <array>
 #include <cctype>
 #include <climits>
 #include <unistd.h>
@@ -61,28 +62,24 @@ TEST_F(GameEnd, MatesAndMaterialDraws) {
 TEST_F(GameEnd, RepetitionAndFiftyMoves) {
     setUpFen("8/8/8/4k3/8/8/8/R3K3 w - - 0 1");
     const PositionKey now = game.search.keyHistory[0];
-    const struct {
-        int32_t keyCount, fifty;
-        int32_t repeated[2]; // earlier entries holding the current key
-        const char* lines;
-    } cases[] = {
+    // Key count, fifty-move counter, earlier entries holding the current key, the lines printed.
+    const std::tuple<int32_t, int32_t, std::array<int32_t, 2>, Text> cases[] = {
         {8, 8, {0, 4}, "1/2-1/2 {Draw by repetition}\n"},
         {8, 6, {0, 4}, ""}, // a pawn move or capture six plies ago
         {8, 8, {3, 5}, ""}, // the other side to move
         {99, 99, {-1, -1}, ""},
     };
-    for (const auto& c : cases) {
-        for (int32_t i = 0; i < c.keyCount; ++i)
+    for (const auto& [keyCount, fifty, repeated, lines] : cases) {
+        for (int32_t i = 0; i < keyCount; ++i)
             game.search.keyHistory[i] = 100 + i;
-        for (const int32_t entry : c.repeated) {
+        for (const int32_t entry : repeated)
             if (entry >= 0) game.search.keyHistory[entry] = now;
-        }
-        game.search.keyHistory[c.keyCount] = now;
-        game.search.keyCount = c.keyCount;
-        game.search.fiftyMoveCounter = c.fifty;
+        game.search.keyHistory[keyCount] = now;
+        game.search.keyCount = keyCount;
+        game.search.fiftyMoveCounter = fifty;
         game.userSide = white;
-        EXPECT_EQ(adjudicate(), c.lines) << c.fifty << " " << c.repeated[0];
-        EXPECT_EQ(game.lastLegalIndex == -1, *c.lines != '\0');
+        EXPECT_EQ(adjudicate(), lines) << fifty << " " << repeated[0];
+        EXPECT_EQ(game.lastLegalIndex == -1, *lines != '\0');
     }
 }
 

@@ -36,9 +36,8 @@ EvalWork bothPasses(const Board& b, Side toMove) {
     EvalWork w = firstPass(b, toMove);
     for (const Side side : {black, white}) {
         const auto& list = b.lists.slots[sideIndex(side)];
-        for (int32_t slot = list[0][0]; slot >= 1; --slot) {
+        for (int32_t slot = list[0][0]; slot >= 1; --slot)
             if (list[slot][0] != -1) secondPass(w, b, squareIndex(list[slot][0], list[slot][1]));
-        }
     }
     return w;
 }
