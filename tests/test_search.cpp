@@ -1,5 +1,6 @@
 // The search on hand-made positions, its tables, driver, pondering and opening book.
 #include <array>
+#include <cctype>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
@@ -148,7 +149,7 @@ TEST_F(Search, MateValuesAreStoredRelativeToTheNode) {
 // pieces of the move are written is seen by shown() and by UsableEntry, which reads them back.
 TEST_F(Search, ReplacementRules) {
     const struct {
-        char table; // L, U, or C to clear both
+        char table; // L or U; l or u after both tables are cleared
         int32_t value = 0, ply = 0, depth = 0, level = 0, age = 0;
         Text move = "", lower = "", upper = "";
         PositionKey otherKey = 0;
@@ -160,30 +161,23 @@ TEST_F(Search, ReplacementRules) {
         {'U', 200, 8, 16, 0, 0, "e2e4", "", "200 e2e4 16 8 0"},
         {'U', 200, 8, 16, 0, 0, "d2d4", "", "200 e2e4 16 8 0"},
         {'U', 198, 8, 16, 0, 0, "d2d4", "102 d2d4 16 8 0", "198 d2d4 16 8 0"},
-        {'C'},
-        {'L', 100, 8, 8, 0, 0, "e2e4", "100 e2e4 8 8 0", ""},
+        {'l', 100, 8, 8, 0, 0, "e2e4", "100 e2e4 8 8 0", ""},
         {'L', 300, 16, 200, 0, 0, "d2d4", "100 e2e4 8 8 0", ""}, // farther from the root
         {'L', 300, 16, -8, 2, 1, "d2d4", "100 e2e4 8 8 0", ""},  // the next search
         {'L', 300, 16, 0, 1, 1, "d2d4", "300 d2d4 0 16 1", ""},
-        {'C'},
-        {'U', 50, 8, 16, 0, 0, "e2e4", "", "50 e2e4 16 8 0"},
+        {'u', 50, 8, 16, 0, 0, "e2e4", "", "50 e2e4 16 8 0"},
         {'L', 40, 8, 16, 0, 0, "d2d4", "40 d2d4 16 8 0", "50 e2e4 16 8 0"},
         {'L', 60, 8, 16, 0, 0, "d2d4", "60 d2d4 16 8 0", "50 e2e4 -4000 4000 255"},
-        {'C'},
-        {'L', 60, 8, 16, 0, 0, "d2d4", "60 d2d4 16 8 0", ""},
+        {'l', 60, 8, 16, 0, 0, "d2d4", "60 d2d4 16 8 0", ""},
         {'U', 50, 8, 16, 0, 0, "e2e4", "60 d2d4 -4000 4000 255", "50 e2e4 16 8 0"},
-        {'C'},
-        {'U', 50, 8, 16, 0, 0, "e2e4", "", "50 e2e4 16 8 0 other", 1}, // another key
+        {'u', 50, 8, 16, 0, 0, "e2e4", "", "50 e2e4 16 8 0 other", 1}, // another key
         {'L', 60, 8, 16, 0, 0, "d2d4", "60 d2d4 16 8 0", "50 e2e4 16 8 0 other"},
     };
     for (const auto& s : steps) {
-        if (s.table == 'C') {
-            clearSearchTables();
-            continue;
-        }
+        if (std::islower(s.table)) clearSearchTables();
         searchAge = static_cast<uint8_t>(s.age);
-        store(s.table == 'L' ? lowerBoundTable : upperBoundTable, s.value, s.ply, s.depth, s.level,
-              mv(s.move), board.key ^ s.otherKey);
+        store(std::toupper(s.table) == 'L' ? lowerBoundTable : upperBoundTable, s.value, s.ply,
+              s.depth, s.level, mv(s.move), board.key ^ s.otherKey);
         const std::string step = std::string(1, s.table) + " " + std::to_string(s.value);
         EXPECT_EQ(*s.lower ? shown(lower()) : "", s.lower) << step;
         EXPECT_EQ(*s.upper ? shown(upper()) : "", s.upper) << step;
@@ -345,10 +339,10 @@ TEST_F(Search, FiftyMovesComeBeforeTheTables) {
 }
 
 // Mate scores distance - 1000000; stalemate 0 down to level 1; at level 2 nothing for the parent.
+// Each row: position, depth limit, bound, distance, threat, mode, value.
 TEST_F(Search, MateAndStalemate) {
     const char* const mate = "R5k1/5ppp/8/8/8/8/8/6K1 b - - 0 1";
     const char* const stalemate = "k7/2Q5/1K6/8/8/8/8/8 b - - 0 1";
-    // position, depth limit, bound, distance, threat, mode, value
     const std::tuple<Text, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t> cases[] = {
         {mate, 40, -1, 24, 2, allMoves, 24 - 1000000},
         {mate, 16, -1, 24, 2, capturesOnly, 24 - 1000000},
@@ -367,11 +361,11 @@ TEST_F(Search, MateAndStalemate) {
     }
 }
 
-// A quiet move is pruned with margin 6000 (child 7 <= 8 < 15) or 12000; never en passant.
+// A quiet move is pruned with margin 6000 (child 7 <= 8 < 15) or 12000; never en passant. Each
+// row: position, depth limit, bound, pruned or not, the value when pruned.
 TEST_F(Search, FutilityPrunesQuietMovesNearTheHorizon) {
     const char* const bare = "7k/7r/8/3q4/8/8/8/K7 w - - 0 1";
     const std::tuple<Text, int32_t, int32_t, bool, int32_t> cases[] = {
-        // value when pruned
         {bare, 10, -1, true, -1 - 6001},
         {bare, 13, -1, true, -1 - 12001},
         {bare, 10, -2000001, false, -2000001 - 6001},
@@ -398,8 +392,7 @@ TEST_F(Search, EnPassantIsOrderedAsACapture) {
     int32_t identity[maxMoves];
     int64_t scores[maxMoves];
     bool pending[maxMoves];
-    for (int32_t i = 0; i <= last; ++i)
-        identity[i] = i;
+    std::iota(identity, identity + last + 1, 0);
     NodeAttacks attacks;
     const Ordering o = scoreMoves(board.key, board.material, 1, 8, 16, white, moves, last, identity,
                                   0, noValue, scores, pending, attacks, board.pos, board.lists);
@@ -491,17 +484,11 @@ protected:
     char scratch[64] = {};
 };
 
-// A move from a game the side to move lost is never played: after 1. e4 the one record, e5 from a
-// game White won, leaves Black without a book move. The records a book holds, and White's choice
-// of its best-marked move, are seen in the book sessions of both programs.
-TEST_F(Book, MovesOfLostGamesAreNeverPlayed) {
-    buildBook("new white e4 e5\n");
-    board.play(white, e2e4);
-    EXPECT_EQ(probe(black), noBookMove);
-}
-
-// Two moves of one mark are each chosen about half the time (the start has 20 moves, 0..19).
-TEST_F(Book, EquallyMarkedMovesAreChosenUniformly) {
+// Two moves of one mark are each chosen about half the time (the start has 20 moves, 0..19); a move
+// from a game the side to move lost is never played, even alone: after 1. e4 its one record, e5
+// from a game White won, leaves Black without a book move. The records a book holds, and White's
+// choice of its best-marked move, are seen in the book sessions of both programs.
+TEST_F(Book, EqualMarksAreChosenUniformlyLostGamesNever) {
     std::ofstream("openings.dat") << record(board.key, 1, e2e4) + record(board.key, 1, d2d4);
     int32_t e4 = 0;
     for (int32_t i = 0; i < 400; ++i) {
@@ -511,6 +498,9 @@ TEST_F(Book, EquallyMarkedMovesAreChosenUniformly) {
     }
     EXPECT_GE(e4, 120); // about 200 each; a band of 30 to 70 percent
     EXPECT_LE(e4, 280);
+    buildBook("new white e4 e5\n");
+    board.play(white, e2e4);
+    EXPECT_EQ(probe(black), noBookMove);
 }
 
 // Comments echoed without their first token, unknown tokens echoed (the book session shows one)
