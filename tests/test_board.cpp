@@ -49,17 +49,6 @@ TEST(Position, PieceListsNumberSlotsInSquareOrder) {
     }
 }
 
-TEST(Position, MaterialCountsLiveSlots) {
-    Board b;
-    EXPECT_EQ(b.material.sum[0], 51000);
-    EXPECT_EQ(b.material.sum[1], 51000);
-    b.lists.slots[1][3][0] = -1; // the knight on b1 captured: a dead slot, still counted
-    b.lists.slots[0][0][0] = 0;  // a side without slots
-    sumMaterial(b.pos, b.lists, b.material);
-    EXPECT_EQ(b.material.sum[1], 48000);
-    EXPECT_EQ(b.material.sum[0], 0);
-}
-
 // Phase by the stronger side's pawns' worth (Q 9, R 5, minor 3): 31+ 0, 23 1, 17 2, 11 3, 5 4; a
 // row on each side of every step, Black the stronger on one, both sides with pieces on one.
 TEST(Position, GamePhaseLazyMarginAndBalance) {
