@@ -1,6 +1,4 @@
 // Move generation, attacked squares, the static exchange, and moves as text.
-#include <algorithm>
-
 #include "core/attacks.h"
 #include "core/exchange.h"
 #include "core/movetext.h"
@@ -94,16 +92,12 @@ TEST(MoveGen, GenerationOrder) {
     EXPECT_EQ(generateMoves(white, list, start.pos, start.lists, allMoves), -1);
 }
 
+// The knight on e2 is pinned: 8 of its side's 14 moves are legal, listed in generation order; mate
+// and stalemate have none. (That generation itself and the filter's counts are right is the tree
+// walk's and the generation table's.)
 TEST(MoveGen, LegalFilterKeepsTheOrder) {
-    EXPECT_EQ(legal(startFen), generated(startFen, allMoves));
-    // The knight on e2 is pinned: 14 moves generated, 8 legal.
-    const std::string all = generated(pinnedKnight, allMoves);
-    EXPECT_EQ(std::count(all.begin(), all.end(), ' ') + 1, 14);
     EXPECT_EQ(legal(pinnedKnight), "h2h3 h2h4 e1d1 e1d2 e1f1 e1f2 a2a3 a2a4");
-    // Mate has pseudo-legal moves but no legal one; so has stalemate.
-    const char* mate = "rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3";
-    EXPECT_NE(generated(mate, allMoves), "");
-    EXPECT_EQ(legal(mate), "");
+    EXPECT_EQ(legal("rnb1kbnr/pppp1ppp/8/4p3/6Pq/5P2/PPPPP2P/RNBQKBNR w KQkq - 1 3"), "");
     EXPECT_EQ(legal("7k/5Q2/6K1/8/8/8/8/8 b - - 0 1"), "");
 }
 
