@@ -8,16 +8,10 @@
 
 namespace {
 
-// Positions of the tables.
-//   knights   knights on b1 and f3 can both go to d2 (told apart by file)
-//   rooks     rooks on a1 and a5 can both go to a3 (by rank: they share the file)
-//   queens    queens on e4, h4 and h1 can all go to e1: the file tells e4 from the others, the
-//             rank h1 (h4 shares its file), and h4 needs both (e4 shares its rank, h1 its file)
-//   promote   a pawn on e7 that can push or take the rook on d8; a new queen on e8 checks the
-//             king on h8, which escapes to g7
-//   castle    both sides may castle both ways, White to move
-//   backRank  Ra8 mates, the pawns walling in their own king; with h7 free it only checks
-//   passant   Black has just played d7-d5 beside the pawn on e5: e6 a push, exd6 a capture
+// Positions: knights b1 and f3 both reach d2 (told apart by file), rooks a1 and a5 both reach a3
+// (by rank); queens e4, h4 and h1 all reach e1 (e4 by file, h1 by rank, h4 needs both); a pawn on
+// e7 can push or take d8, a new queen on e8 checking h8; Ra8 mates behind the pawns, with h7 free
+// it only checks; d7-d5 was just played beside e5 (e6 a push, exd6 a capture).
 constexpr const char* knights = "rnbqkbnr/pppppppp/8/8/8/5N2/PPP1PPPP/RNBQKB1R w KQkq - 0 1";
 constexpr const char* rooks = "4k3/8/8/R7/8/8/8/R3K3 w - - 0 1";
 constexpr const char* queens = "1k6/8/8/8/4Q2Q/8/8/K6Q w - - 0 1";
@@ -122,13 +116,11 @@ TEST(Analysis, PgnReaderKeepsTheMainLineAndSkipsOnlyWhatIsBad) {
         {"[Event \"a\"]\n1. e4 e5\n[Event \"b\"]\n1. d4 1-0\n", "2 1", 0, ""},
         // Moves with numbers glued to them, and a black move after its number's dots.
         {"1.e4 e5 2.Nf3 2...Nc6 3.Bb5 1/2-1/2", "5", 0, ""},
-        // An ambiguous move.
         {"[FEN \"4k3/8/8/R7/8/8/8/R3K3 w - - 0 1\"]\n1. Ra3 *\n", "", 1,
          "Error (ambiguous move 'Ra3'; game 1 skipped): t.pgn line 2\n"},
         // A comment that never ends swallows the rest of the file.
         {"1. e4 e5 {a comment\n\n[Event \"b\"]\n1. d4 *\n", "", 1,
          "Error (comment not closed; game 1 skipped): t.pgn line 1\n"},
-        // A variation that never ends, and one closed twice.
         {"1. e4 (1. d4 (1. c4 e5) *", "", 1,
          "Error (variation not closed; game 1 skipped): t.pgn line 1\n"},
         {"1. e4 (1. d4)) e5 *", "", 1, "Error (')' without '('; game 1 skipped): t.pgn line 1\n"},
