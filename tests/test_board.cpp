@@ -25,30 +25,6 @@ TEST(Position, StartPositionFillsEveryField) {
     EXPECT_EQ(fields(pos), (std::vector<int32_t>{4, 0, 4, 7, 3, 3, 0, 1}));
 }
 
-// Slots follow square order, a1 a2 ... h8; each side's count sits in slot 0.
-TEST(Position, PieceListsNumberSlotsInSquareOrder) {
-    const std::tuple<Text, Text, Text> cases[] = {
-        {startFen, "a1 a2 b1 b2 c1 c2 d1 d2 e1 e2 f1 f2 g1 g2 h1 h2",
-         "a7 a8 b7 b8 c7 c8 d7 d8 e7 e8 f7 f8 g7 g8 h7 h8"},
-        {"k7/7P/8/3p4/8/2N5/6p1/4K3 w - - 0 1", "c3 e1 h7", "a8 d5 g2"},
-    };
-    for (const auto& [fen, whites, blacks] : cases) {
-        PieceLists lists;
-        buildPieceLists(fromFen(fen), lists);
-        for (const Side side : {white, black}) {
-            std::istringstream squares(side == white ? whites : blacks);
-            const auto& list = lists.slots[sideIndex(side)];
-            int32_t slot = 0;
-            for (std::string square; squares >> square;) {
-                ++slot;
-                EXPECT_EQ(squareIndex(list[slot][0], list[slot][1]), sq(square.c_str())) << square;
-                EXPECT_EQ(lists.slotOf[sq(square.c_str())], slot) << square;
-            }
-            EXPECT_EQ(list[0][0], slot) << fen;
-        }
-    }
-}
-
 // Phase by the stronger side's pawns' worth (Q 9, R 5, minor 3): 31+ 0, 23 1, 17 2, 11 3, 5 4; a
 // row on each side of every step, Black the stronger on one, both sides with pieces on one.
 TEST(Position, GamePhaseLazyMarginAndBalance) {
