@@ -146,7 +146,8 @@ TEST_F(Search, MateValuesAreStoredRelativeToTheNode) {
 }
 
 // Stores into the start position's slot, then both entries ("" unchecked). That the key and the
-// pieces of the move are written is seen by shown() and by UsableEntry, which reads them back.
+// pieces of the move are written is seen by shown() and by the walks of the principal variation,
+// which follow only entries whose key and pieces match the board.
 TEST_F(Search, ReplacementRules) {
     const struct {
         char table; // L or U; l or u after both tables are cleared
@@ -181,23 +182,6 @@ TEST_F(Search, ReplacementRules) {
         const std::string step = std::string(1, s.table) + " " + std::to_string(s.value);
         EXPECT_EQ(*s.lower ? shown(lower()) : "", s.lower) << step;
         EXPECT_EQ(*s.upper ? shown(upper()) : "", s.upper) << step;
-    }
-}
-
-TEST_F(Search, UsableEntryChecksKeyPiecesAndPseudoLegality) {
-    store(lowerBoundTable, 100, 8, 16, 0, e2e4);
-    const HashEntry entry = lower();
-    EXPECT_TRUE(usableEntry(entry, board.key, board.pos, white));
-    EXPECT_FALSE(usableEntry(entry, board.key ^ 1, board.pos, white));
-    EXPECT_FALSE(usableEntry(entry, board.key ^ (PositionKey{1} << 40), board.pos, white));
-    EXPECT_FALSE(usableEntry(entry, board.key, board.pos, black)); // e2e4 is no move for Black
-    // Another piece on the from- or to-square than written; e2e5 is no pawn move.
-    for (const auto change :
-         {+[](HashEntry& e) { e.movedPiece = 2; }, +[](HashEntry& e) { e.targetPiece = -1; },
-          +[](HashEntry& e) { e.toRank = 4; }}) {
-        HashEntry changed = entry;
-        change(changed);
-        EXPECT_FALSE(usableEntry(changed, board.key, board.pos, white));
     }
 }
 
