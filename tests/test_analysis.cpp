@@ -41,21 +41,22 @@ TEST(Analysis, SanIsWrittenWithWhatTheMoveNeeds) {
 
 // The move a SAN text names, or why it is refused; capture and check marks are not checked. The
 // annotate session reads plain moves, O-O, en passant (exf6) and an illegal king move (bad.pgn).
+// The moves are shown as the program writes them (moveText), the four promotion letters among them.
 TEST(Analysis, SanIsReadStrictlyWhereItMatters) {
     const char* const overlong = "Nbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbbd2";
     const char* const illegal = "illegal move";
     const char* const ambiguous = "ambiguous move";
     const char* const noMove = "not a move";
     const std::tuple<Text, Text, Text> cases[] = {
-        {startFen, "e5", illegal},    {knights, "Nbd2", "b1d2 "},   {knights, "N1d2", "b1d2 "},
-        {knights, "Nd2", ambiguous},  {queens, "Qh4e1", "h4e1 "},   {queens, "Qh4xe1+", "h4e1 "},
-        {queens, "Qe1", ambiguous},   {queens, "Qhe1", ambiguous},  {queens, "Q4e1", ambiguous},
-        {rooks, "R5a3", "a5a3 "},     {rooks, "Ra3", ambiguous},    {promote, "e8=Q", "e7e8q"},
-        {promote, "e8Q+", "e7e8q"},   {promote, "exd8=N", "e7d8n"}, {promote, "e8", illegal},
-        {promote, "e8=K", noMove},    {castle, "0-0-0", "e1c1 "},   {castle, "Kg1", illegal},
-        {backRank, "O-O", illegal},   {backRank, "Ra8", "a1a8 "},   {passant, "dxe6", illegal},
-        {startFen, "nf3", noMove},    {startFen, "Nf3xx", noMove},  {startFen, "", noMove},
-        {startFen, overlong, noMove},
+        {startFen, "e5", illegal},   {knights, "Nbd2", "b1d2 "},   {knights, "N1d2", "b1d2 "},
+        {knights, "Nd2", ambiguous}, {queens, "Qh4e1", "h4e1 "},   {queens, "Qh4xe1+", "h4e1 "},
+        {queens, "Qe1", ambiguous},  {queens, "Qhe1", ambiguous},  {queens, "Q4e1", ambiguous},
+        {rooks, "R5a3", "a5a3 "},    {rooks, "Ra3", ambiguous},    {promote, "e8=Q", "e7e8q"},
+        {promote, "e8Q+", "e7e8q"},  {promote, "exd8=N", "e7d8n"}, {promote, "e8=B", "e7e8b"},
+        {promote, "e8=R", "e7e8r"},  {promote, "e8", illegal},     {promote, "e8=K", noMove},
+        {castle, "0-0-0", "e1c1 "},  {castle, "Kg1", illegal},     {backRank, "O-O", illegal},
+        {backRank, "Ra8", "a1a8 "},  {passant, "dxe6", illegal},   {startFen, "nf3", noMove},
+        {startFen, "Nf3xx", noMove}, {startFen, "", noMove},       {startFen, overlong, noMove},
     };
     for (const auto& [fen, san, expected] : cases) {
         Position pos = fromFen(fen);

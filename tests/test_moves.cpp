@@ -219,21 +219,6 @@ TEST(Exchange, OutcomesOfCaptureSeries) {
     }
 }
 
-TEST(MoveText, CoordinatesAndPromotionLetter) {
-    const std::pair<Text, Text> cases[] = {
-        {"e2e4", "e2e4 "},  {"a7a8q", "a7a8q"}, {"b7c8n", "b7c8n"}, {"h2h1b", "h2h1b"},
-        {"h2g1r", "h2g1r"}, {"e1g1", "e1g1 "},  {"h8a1", "h8a1 "}};
-    for (const auto& [move, text] : cases) {
-        char buffer[8];
-        std::memset(buffer, 'x', sizeof buffer);
-        const Move m = mv(move);
-        moveToText(m.fromFile, m.fromRank, m.toFile, m.toRank, m.promotion, buffer);
-        EXPECT_STREQ(buffer, text);
-        EXPECT_EQ(buffer[6], 'x') << "written past the end";
-        EXPECT_STREQ(moveText(m).text, text);
-    }
-}
-
 // The console's lenient reader: nine characters at most; ambiguity takes the first in list order.
 // The plain forms (e4, e2-e4, Nf3, nf6, Ngf3, Bxc3, exd5, e7e5, a8=Q, g1/N, c7-b8=r, g2h1q, E2E4,
 // o-o, O-O-O, e8c8, 0-0 and moves with no piece to make them) are typed in the move-notation and
