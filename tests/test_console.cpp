@@ -148,7 +148,6 @@ TEST_F(Input, WaitingInput) {
     EXPECT_EQ(nextWord(), "stop");
     EXPECT_EQ(nextWord(), "<end>");
     EXPECT_TRUE(inputWaiting());
-
     const int writer = feed("", true);
     EXPECT_FALSE(inputWaiting());
     ASSERT_EQ(write(writer, "e4\n", 3), 3);

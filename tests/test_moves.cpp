@@ -85,8 +85,7 @@ TEST(MoveGen, GenerationOrder) {
     };
     for (const auto& [fen, mode, from, moves] : cases)
         EXPECT_EQ(generated(fen, mode, from), moves) << fen << " mode " << mode;
-
-    Board start;
+    Board start; // a side without slots has no moves
     start.lists.slots[1][0][0] = 0;
     MoveList list;
     EXPECT_EQ(generateMoves(white, list, start.pos, start.lists, allMoves), -1);
