@@ -1,15 +1,21 @@
-// What the unit tests share; the key tables and the material scale are set up before the first.
+// What the unit tests share, headers too; key tables and material scale are set up before the
+// first.
 #pragma once
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
+#include <sstream>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <vector>
 
 #include "core/derive.h"
 #include "core/fen.h"
 #include "core/keys.h"
 #include "core/makemove.h"
+#include "core/movegen.h"
 #include "core/position.h"
 #include "eval/material.h"
 
@@ -59,9 +65,8 @@ inline std::string name(const Move& m) {
 
 // Index of a move in moves 0..last, -1 when absent.
 inline int32_t indexOf(const MoveList& list, int32_t last, const Move& m) {
-    for (int32_t i = 0; i <= last; ++i) {
+    for (int32_t i = 0; i <= last; ++i)
         if (sameMove(list.moves[i], m)) return i;
-    }
     return -1;
 }
 
