@@ -183,39 +183,49 @@ static int32_t rightsAfterMove(const Position& pos, Side side, int32_t rights, i
     return rights;
 }
 
+// The keys of the pieces a move takes, lifts and sets down (the castling rook aside): the
+// victim, en passant's pawn, the mover, a promoted pawn as its new piece.
+static inline PositionKey pieceKeysOfMove(Side side, const Position& pos, const Move& m,
+                                          int32_t from, int32_t to) {
+    const PieceCode victim = pos.squares[to];
+    const PieceCode code = pos.squares[from];
+    PositionKey key = pieceSquareKeys[keyKind(code)][from];
+    if (victim != 0) key ^= pieceSquareKeys[keyKind(victim)][to];
+    if (code != side) return key ^ pieceSquareKeys[keyKind(code)][to];
+    if (victim == 0 && m.toFile != m.fromFile)
+        key ^= pieceSquareKeys[keyKind(-side)][squareIndex(m.toFile, m.fromRank)];
+    const PieceCode arriving = m.toRank == 0 || m.toRank == 7 ? side * m.promotion : side;
+    return key ^ pieceSquareKeys[keyKind(arriving)][to];
+}
+
+// The en-passant value a move leaves: a pawn's double step marks its file.
+static inline int32_t enPassantAfterMove(Side side, const Position& pos, const Move& m,
+                                         int32_t from) {
+    return pos.squares[from] == side && (m.toRank - m.fromRank) * side == 2 ? (m.toFile + 1) * side
+                                                                            : 0;
+}
+
 PositionKey keyAfterMove(PositionKey key, Side side, const Position& pos, const Move& m) {
     const int32_t from = squareIndex(m.fromFile, m.fromRank);
     const int32_t to = squareIndex(m.toFile, m.toRank);
-    const PieceCode victim = pos.squares[to];
     const int32_t kind = side * pos.squares[from];
-    int32_t newEnPassant = 0;
+    const int32_t newEnPassant = enPassantAfterMove(side, pos, m, from);
     int32_t rookFrom = -1;
     int32_t whiteRights = pos.whiteCastling;
     int32_t blackRights = pos.blackCastling;
-    if (victim != 0) key ^= pieceSquareKeys[keyKind(victim)][to];
-    if (kind == pawn) {
-        if (victim == 0 && m.toFile != m.fromFile)
-            key ^= pieceSquareKeys[keyKind(-side)][squareIndex(m.toFile, m.fromRank)];
-        const PieceCode arriving = m.toRank == 0 || m.toRank == 7 ? side * m.promotion : side;
-        key ^= pieceSquareKeys[keyKind(arriving)][to];
-        key ^= pieceSquareKeys[keyKind(side)][from];
-        if ((m.toRank - m.fromRank) * side == 2) newEnPassant = (m.toFile + 1) * side;
-    } else {
-        const PieceCode code = kind * side;
-        key ^= pieceSquareKeys[keyKind(code)][to] ^ pieceSquareKeys[keyKind(code)][from];
-        if (kind == king) {
-            const PieceCode ownRook = rook * side;
-            if (m.toFile - m.fromFile == 2) {
-                rookFrom = squareIndex(7, m.toRank);
-                key ^= pieceSquareKeys[keyKind(ownRook)][squareIndex(5, m.toRank)] ^
-                       pieceSquareKeys[keyKind(ownRook)][rookFrom];
-            } else if (m.toFile - m.fromFile == -2) {
-                rookFrom = squareIndex(0, m.toRank);
-                key ^= pieceSquareKeys[keyKind(ownRook)][squareIndex(3, m.toRank)] ^
-                       pieceSquareKeys[keyKind(ownRook)][rookFrom];
-            }
-            (side > 0 ? whiteRights : blackRights) = 0;
+    key ^= pieceKeysOfMove(side, pos, m, from, to);
+    if (kind == king) {
+        const PieceCode ownRook = rook * side;
+        if (m.toFile - m.fromFile == 2) {
+            rookFrom = squareIndex(7, m.toRank);
+            key ^= pieceSquareKeys[keyKind(ownRook)][squareIndex(5, m.toRank)] ^
+                   pieceSquareKeys[keyKind(ownRook)][rookFrom];
+        } else if (m.toFile - m.fromFile == -2) {
+            rookFrom = squareIndex(0, m.toRank);
+            key ^= pieceSquareKeys[keyKind(ownRook)][squareIndex(3, m.toRank)] ^
+                   pieceSquareKeys[keyKind(ownRook)][rookFrom];
         }
+        (side > 0 ? whiteRights : blackRights) = 0;
     }
     whiteRights = rightsAfterMove(pos, white, whiteRights, from, to, rookFrom);
     blackRights = rightsAfterMove(pos, black, blackRights, from, to, rookFrom);
@@ -260,23 +270,14 @@ void keysAfterMoves(PositionKey key, Side side, const Position& pos, const MoveL
         const Move& m = moves.moves[order[i]];
         const int32_t from = squareIndex(m.fromFile, m.fromRank);
         const int32_t to = squareIndex(m.toFile, m.toRank);
-        const PieceCode victim = pos.squares[to];
-        const PieceCode code = pos.squares[from];
-        if (rights && (code == side * king || ((corners >> from | corners >> to) & 1) != 0)) {
+        if (rights &&
+            (pos.squares[from] == side * king || ((corners >> from | corners >> to) & 1) != 0)) {
             keys[i] = keyAfterMove(key, side, pos, m);
             continue;
         }
-        PositionKey k = base ^ pieceSquareKeys[keyKind(code)][from];
-        if (victim != 0) k ^= pieceSquareKeys[keyKind(victim)][to];
-        if (code == side) {
-            if (victim == 0 && m.toFile != m.fromFile)
-                k ^= pieceSquareKeys[keyKind(-side)][squareIndex(m.toFile, m.fromRank)];
-            const PieceCode arriving = m.toRank == 0 || m.toRank == 7 ? side * m.promotion : side;
-            k ^= pieceSquareKeys[keyKind(arriving)][to];
-            if ((m.toRank - m.fromRank) * side == 2) k ^= enPassantKey((m.toFile + 1) * side);
-        } else {
-            k ^= pieceSquareKeys[keyKind(code)][to];
-        }
+        PositionKey k = base ^ pieceKeysOfMove(side, pos, m, from, to);
+        const int32_t newEnPassant = enPassantAfterMove(side, pos, m, from);
+        if (newEnPassant != 0) k ^= enPassantKey(newEnPassant);
         keys[i] = k;
     }
 }
