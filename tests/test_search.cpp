@@ -125,6 +125,9 @@ TEST_F(Search, ClearedTablesHoldOnlyEmptyUnprotectedEntries) {
     EXPECT_FALSE(usableEntry(lower(), board.key, board.pos, white));
     store(lowerBoundTable, 2, 400, -100, 2, e2e4);
     EXPECT_EQ(shown(lower()), "2 e2e4 -100 400 0");
+    EXPECT_TRUE(usableEntry(lower(), board.key, board.pos, white));
+    lower().targetPiece = -1; // written as taking a black pawn, but e4 is empty
+    EXPECT_FALSE(usableEntry(lower(), board.key, board.pos, white));
 }
 
 // A mate is stored as its distance from the storing node and read back from the reading one.
@@ -189,6 +192,9 @@ TEST_F(Search, ReplacementRules) {
 // invalidated or quiescence entries, distance 248 or the budget.
 TEST_F(Search, PrincipalVariationWalk) {
     EXPECT_EQ(pv(), ".");
+    store(lowerBoundTable, 10, 8, 16, 0, mv("e2e5")); // no pawn moves three squares
+    EXPECT_EQ(pv(), ".");
+    clearSearchTables();
     store(lowerBoundTable, 10, 8, 16, 0, e2e4);
     Board afterE4 = board;
     afterE4.play(white, e2e4);
