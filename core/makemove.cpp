@@ -28,6 +28,19 @@ static int32_t rightsAfter(const Position& pos, int32_t rights, Side side) {
     return rights;
 }
 
+// The change of the key when the castling rights of `side` go from `before` to `after`.
+static inline PositionKey castlingKeyChange(Side side, int32_t before, int32_t after) {
+    if (before == after) return 0;
+    return (before != 0 ? castlingKey(side, before) : 0) ^
+           (after != 0 ? castlingKey(side, after) : 0);
+}
+
+// The change of the key when the en-passant value goes from `before` to `after`.
+static inline PositionKey enPassantKeyChange(int32_t before, int32_t after) {
+    if (before == after) return 0;
+    return (before != 0 ? enPassantKey(before) : 0) ^ (after != 0 ? enPassantKey(after) : 0);
+}
+
 void makeMove(PositionKey& key, Side side, Position& pos, PieceLists& lists, int32_t fromFile,
               int32_t fromRank, int32_t toFile, int32_t toRank, int32_t promotion,
               Material& material, int32_t& capturedSlot) {
@@ -98,20 +111,11 @@ void makeMove(PositionKey& key, Side side, Position& pos, PieceLists& lists, int
     // Castling rights follow the rooks on their corners, for both sides.
     pos.whiteCastling = rightsAfter(pos, pos.whiteCastling, white);
     pos.blackCastling = rightsAfter(pos, pos.blackCastling, black);
-    if (pos.whiteCastling != oldWhiteCastling) {
-        if (oldWhiteCastling != 0) key ^= castlingKey(white, oldWhiteCastling);
-        if (pos.whiteCastling != 0) key ^= castlingKey(white, pos.whiteCastling);
-    }
-    if (pos.blackCastling != oldBlackCastling) {
-        if (oldBlackCastling != 0) key ^= castlingKey(black, oldBlackCastling);
-        if (pos.blackCastling != 0) key ^= castlingKey(black, pos.blackCastling);
-    }
+    key ^= castlingKeyChange(white, oldWhiteCastling, pos.whiteCastling) ^
+           castlingKeyChange(black, oldBlackCastling, pos.blackCastling);
 
     pos.enPassant = newEnPassant;
-    if (newEnPassant != oldEnPassant) {
-        if (oldEnPassant != 0) key ^= enPassantKey(oldEnPassant);
-        if (newEnPassant != 0) key ^= enPassantKey(newEnPassant);
-    }
+    key ^= enPassantKeyChange(oldEnPassant, newEnPassant);
 }
 
 // Moves a castled rook back to its corner.
@@ -229,19 +233,9 @@ PositionKey keyAfterMove(PositionKey key, Side side, const Position& pos, const 
     }
     whiteRights = rightsAfterMove(pos, white, whiteRights, from, to, rookFrom);
     blackRights = rightsAfterMove(pos, black, blackRights, from, to, rookFrom);
-    if (whiteRights != pos.whiteCastling) {
-        if (pos.whiteCastling != 0) key ^= castlingKey(white, pos.whiteCastling);
-        if (whiteRights != 0) key ^= castlingKey(white, whiteRights);
-    }
-    if (blackRights != pos.blackCastling) {
-        if (pos.blackCastling != 0) key ^= castlingKey(black, pos.blackCastling);
-        if (blackRights != 0) key ^= castlingKey(black, blackRights);
-    }
-    if (newEnPassant != pos.enPassant) {
-        if (pos.enPassant != 0) key ^= enPassantKey(pos.enPassant);
-        if (newEnPassant != 0) key ^= enPassantKey(newEnPassant);
-    }
-    return key;
+    return key ^ castlingKeyChange(white, pos.whiteCastling, whiteRights) ^
+           castlingKeyChange(black, pos.blackCastling, blackRights) ^
+           enPassantKeyChange(pos.enPassant, newEnPassant);
 }
 
 void keysAfterMoves(PositionKey key, Side side, const Position& pos, const MoveList& moves,
@@ -249,20 +243,11 @@ void keysAfterMoves(PositionKey key, Side side, const Position& pos, const MoveL
     // What every move changes alike: the en-passant square of the node goes, and the rights
     // become those the corners allow. Only a king's move and a move from or to a corner can
     // change the rights beyond that; they are left to keyAfterMove.
-    PositionKey base = pos.enPassant != 0 ? key ^ enPassantKey(pos.enPassant) : key;
     const bool rights = (pos.whiteCastling | pos.blackCastling) != 0;
-    if (rights) {
-        const int32_t whiteRights = rightsAfterMove(pos, white, pos.whiteCastling, -1, -1, -1);
-        const int32_t blackRights = rightsAfterMove(pos, black, pos.blackCastling, -1, -1, -1);
-        if (whiteRights != pos.whiteCastling) {
-            base ^= castlingKey(white, pos.whiteCastling);
-            if (whiteRights != 0) base ^= castlingKey(white, whiteRights);
-        }
-        if (blackRights != pos.blackCastling) {
-            base ^= castlingKey(black, pos.blackCastling);
-            if (blackRights != 0) base ^= castlingKey(black, blackRights);
-        }
-    }
+    const PositionKey base =
+        key ^ enPassantKeyChange(pos.enPassant, 0) ^
+        castlingKeyChange(white, pos.whiteCastling, rightsAfter(pos, pos.whiteCastling, white)) ^
+        castlingKeyChange(black, pos.blackCastling, rightsAfter(pos, pos.blackCastling, black));
     constexpr uint64_t corners =
         uint64_t{1} << squareIndex(0, 0) | uint64_t{1} << squareIndex(0, 7) |
         uint64_t{1} << squareIndex(7, 0) | uint64_t{1} << squareIndex(7, 7);
@@ -275,9 +260,7 @@ void keysAfterMoves(PositionKey key, Side side, const Position& pos, const MoveL
             keys[i] = keyAfterMove(key, side, pos, m);
             continue;
         }
-        PositionKey k = base ^ pieceKeysOfMove(side, pos, m, from, to);
-        const int32_t newEnPassant = enPassantAfterMove(side, pos, m, from);
-        if (newEnPassant != 0) k ^= enPassantKey(newEnPassant);
-        keys[i] = k;
+        keys[i] = base ^ pieceKeysOfMove(side, pos, m, from, to) ^
+                  enPassantKeyChange(0, enPassantAfterMove(side, pos, m, from));
     }
 }
