@@ -26,10 +26,6 @@ constexpr auto bishopMobilitySum = firstSums(bishopMobility);
 constexpr auto rookMobilitySum = firstSums(rookMobility);
 constexpr auto queenLineMobilitySum = firstSums(queenLineMobility);
 
-// defenceWeight[kind]: bonus of a defended piece, divided by its cheapest defender's value
-// over 1000.
-constexpr int32_t defenceWeight[7] = {0, 50, 80, 80, 50, 25, 0};
-
 // The four lines through a square, as the two opposite directions of each (see lineSteps);
 // diagonals first.
 constexpr int32_t lineDirections[4][2] = {{0, 3}, {2, 1}, {4, 5}, {6, 7}};
@@ -112,5 +108,5 @@ void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32
         if (kind == bishop) w.squareValue[square] += bishopMobilitySum.sum[moves];
         if (kind == rook) w.squareValue[square] += rookMobilitySum.sum[moves];
     }
-    settlePiece(w, side, square, kind, defenceWeight[kind], moves == 0);
+    settlePiece(w, side, square, kind, moves == 0);
 }

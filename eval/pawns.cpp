@@ -14,7 +14,6 @@ constexpr int32_t pawnSupportBonus = 40;              // an own pawn diagonally 
 constexpr int32_t pawnPhalanxExtra = 20;              // more for an own pawn beside it
 constexpr int32_t pawnRunBonus = 500;                 // a path that reaches the last rank
 constexpr int32_t weakPawnPenalty = 200;
-constexpr int32_t pawnDefenceWeight = 50;
 // In a pawn ending a pawn the enemy king cannot catch is worth this much more.
 constexpr int32_t unstoppablePawnBonus = 4500;
 
@@ -162,5 +161,5 @@ void scorePawn(EvalWork& w, const Position& pos, Side side, int32_t file, int32_
             w.leastAttacker[q][enemy] != noAttacker)
             w.total[enemy] += weakPawnPenalty;
     }
-    settlePiece(w, side, q, pawn, pawnDefenceWeight, options == 0);
+    settlePiece(w, side, q, pawn, options == 0);
 }

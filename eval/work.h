@@ -80,15 +80,39 @@ inline void bookThreat(EvalWork& w, Side side, int32_t value, int32_t square) {
     }
 }
 
+// defenceWeight[kind]: bonus of a defended piece, divided by its cheapest defender's value
+// over 1000.
+constexpr int32_t defenceWeight[7] = {0, 50, 80, 80, 50, 25, 0};
+
+// The same bonus read from a table instead of divided out: defenceBonus[kind][v] is
+// defenceWeight[kind] * 1000 / (v * 1000) for a cheapest defender worth v pawns, since every
+// piece is worth a whole number of pawns.
+struct DefenceBonus {
+    int32_t byPawns[7][13];
+};
+constexpr DefenceBonus makeDefenceBonus() {
+    DefenceBonus t{};
+    for (int32_t kind = 0; kind < 7; ++kind) {
+        for (int32_t v = 1; v < 13; ++v)
+            t.byPawns[kind][v] = defenceWeight[kind] * 1000 / (v * 1000);
+    }
+    return t;
+}
+constexpr DefenceBonus defenceBonus = makeDefenceBonus();
+static_assert(pieceValue[pawn] == 1000 && pieceValue[knight] % 1000 == 0 &&
+                  pieceValue[bishop] % 1000 == 0 && pieceValue[rook] % 1000 == 0 &&
+                  pieceValue[queen] % 1000 == 0 && pieceValue[king] == 12000,
+              "defenders are worth whole pawns, at most a king's 12");
+
 // The defence and threat step shared by pieces and pawns: the defence bonus, then the charge
 // for an attacked and insufficiently defended piece and the booking of its threat; then the
 // piece's value joins its side's total. `trapped` when the piece has no safe move.
-inline void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, int32_t weight,
-                        bool trapped) {
+inline void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, bool trapped) {
     const int32_t colour = sideIndex(side);
     const int32_t enemy = 1 - colour;
     const int32_t defender = w.leastAttacker[square][colour];
-    if (defender != noAttacker) w.squareValue[square] += weight * 1000 / defender;
+    if (defender != noAttacker)
+        w.squareValue[square] += defenceBonus.byPawns[kind][defender / 1000];
 
     const int32_t attacker = w.leastAttacker[square][enemy];
     if (attacker != noAttacker) {
