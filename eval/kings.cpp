@@ -36,10 +36,11 @@ bool sliderBeyond(const Position& pos, Side side, int32_t f, int32_t r, int32_t 
     return false;
 }
 
-// Safe king moves, each line counted on its own; returns their number.
-int32_t kingMobility(EvalWork& w, const Position& pos, Side side, int32_t f, int32_t r) {
+// Safe king moves, each line counted on its own; returns their number and adds their bonus to
+// `worth`.
+int32_t kingMobility(const EvalWork& w, const Position& pos, Side side, int32_t f, int32_t r,
+                     int32_t& worth) {
     const int32_t enemy = sideIndex(-side);
-    const int32_t q = squareIndex(f, r);
     int32_t moves = 0;
     for (const auto& line : kingLines) {
         int32_t count = 0;
@@ -50,7 +51,7 @@ int32_t kingMobility(EvalWork& w, const Position& pos, Side side, int32_t f, int
             const int32_t t = squareIndex(tf, tr);
             if (side * pos.squares[t] > 0 || w.leastAttacker[t][enemy] != noAttacker) continue;
             if (sliderBeyond(pos, side, f, r, step[0], step[1])) continue;
-            w.squareValue[q] += kingLineMobility[count++];
+            worth += kingLineMobility[count++];
         }
         moves += count;
     }
@@ -159,22 +160,24 @@ void scoreKing(EvalWork& w, const Position& pos, const PieceLists& lists, Side s
     const int32_t colour = sideIndex(side);
     const int32_t enemy = 1 - colour;
     const int32_t q = squareIndex(file, rank);
-    const int32_t moves = kingMobility(w, pos, side, file, rank);
+    int32_t worth = w.squareValue[q]; // the king's value in this evaluation so far
+    const int32_t moves = kingMobility(w, pos, side, file, rank, worth);
 
     for (int32_t tf = file - 1; tf <= file + 1; ++tf) {
         for (int32_t tr = rank - 1; tr <= rank + 1; ++tr) {
             if ((tf == file && tr == rank) || !onBoard(tf, tr)) continue;
             const int32_t held = side * w.attackBalance[squareIndex(tf, tr)];
             if (held >= 2) {
-                w.squareValue[q] += kingSquareControlBonus;
+                worth += kingSquareControlBonus;
             } else if (held < 0) {
                 w.total[enemy] += kingSquareLossPenalty;
             }
         }
     }
-    if (w.effectivePhase == 0) w.squareValue[q] /= 4;
-    if (w.kingSafetyWeight != 0) w.squareValue[q] += shelterOrProspects(w, pos, side, file, rank);
-    w.total[colour] += w.squareValue[q];
+    if (w.effectivePhase == 0) worth /= 4;
+    if (w.kingSafetyWeight != 0) worth += shelterOrProspects(w, pos, side, file, rank);
+    w.squareValue[q] = worth;
+    w.total[colour] += worth;
 
     if (w.leastAttacker[q][enemy] != noAttacker) {
         // In check: the king is the most threatened piece of its side.
@@ -183,7 +186,7 @@ void scoreKing(EvalWork& w, const Position& pos, const PieceLists& lists, Side s
             if (moves == 0) w.total[enemy] += pieceValue[king] / trappedDivisor;
         }
         w.threat2 = w.threat1;
-        w.threat1 = pieceValue[king] / threatDivisor + w.squareValue[q];
+        w.threat1 = pieceValue[king] / threatDivisor + worth;
         w.threat1Square = q;
     }
 }

@@ -86,13 +86,14 @@ void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32
     const int32_t square = squareIndex(file, rank);
     const int32_t kind = side * pos.squares[square];
     const int32_t value = pieceValue[kind];
+    int32_t worth = w.squareValue[square]; // the piece's value in this evaluation so far
     int32_t moves = 0;
     if (kind == knight) {
         for (int32_t k = 0; k < geometry.knightCount[square]; ++k) {
             const int32_t t = geometry.knights[square][k];
             if (side * pos.squares[t] <= 0 && safeMove(w, pos, side, value, t, -1)) ++moves;
         }
-        w.squareValue[square] += knightMobilitySum.sum[moves];
+        worth += knightMobilitySum.sum[moves];
     } else {
         const bool diagonals = kind != rook;
         const bool straights = kind != bishop;
@@ -102,11 +103,11 @@ void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32
             const int32_t other = lineDirections[line][1];
             const int32_t count = safeMovesAlong(w, pos, side, value, square, one, other) +
                                   safeMovesAlong(w, pos, side, value, square, other, one);
-            if (kind == queen) w.squareValue[square] += queenLineMobilitySum.sum[count];
+            if (kind == queen) worth += queenLineMobilitySum.sum[count];
             moves += count;
         }
-        if (kind == bishop) w.squareValue[square] += bishopMobilitySum.sum[moves];
-        if (kind == rook) w.squareValue[square] += rookMobilitySum.sum[moves];
+        if (kind == bishop) worth += bishopMobilitySum.sum[moves];
+        if (kind == rook) worth += rookMobilitySum.sum[moves];
     }
-    settlePiece(w, side, square, kind, moves == 0);
+    settlePiece(w, side, square, kind, worth, moves == 0);
 }

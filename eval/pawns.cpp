@@ -72,10 +72,10 @@ PawnPath pathToPromotion(const EvalWork& w, const Position& pos, Side side, int3
     }
 }
 
-// The rule of the square and the weak-pawn charge; returns the path bonus as it stands after
-// the rule.
+// The rule of the square and the weak-pawn charge, for a pawn worth `worth` so far; returns
+// the path bonus as it stands after the rule.
 int32_t ruleOfTheSquare(EvalWork& w, const Position& pos, Side side, int32_t file, int32_t rank,
-                        PawnPath path) {
+                        int32_t worth, PawnPath path) {
     const int32_t colour = sideIndex(side);
     const int32_t enemy = 1 - colour;
     const int32_t q = squareIndex(file, rank);
@@ -98,11 +98,11 @@ int32_t ruleOfTheSquare(EvalWork& w, const Position& pos, Side side, int32_t fil
         w.leastAttacker[q][colour] == pieceValue[pawn] || ownDistance <= enemyDistance;
     if (w.effectivePhase == 6) {
         if (held) return path.bonus / 2;
-        w.total[enemy] += (w.squareValue[q] + 1000) / enemyDistance;
+        w.total[enemy] += (worth + 1000) / enemyDistance;
         return 0;
     }
     if (!held && w.leastAttacker[q][colour] == noAttacker)
-        w.total[enemy] += (w.squareValue[q] + path.bonus + 1000) / (2 * enemyDistance);
+        w.total[enemy] += (worth + path.bonus + 1000) / (2 * enemyDistance);
     return path.bonus;
 }
 
@@ -115,7 +115,7 @@ void scorePawn(EvalWork& w, const Position& pos, Side side, int32_t file, int32_
     const int32_t front = squareIndex(file, rank + side);
     const PieceCode frontCode = pos.squares[front];
     const bool frontFree = frontCode == 0 && safeFor(w, side, front);
-    int32_t& value = w.squareValue[q];
+    int32_t value = w.squareValue[q]; // the pawn's value in this evaluation so far
 
     if (!isPawn(frontCode) && safeFor(w, side, front))
         value += frontCode == 0 ? pawnFrontBonus : pawnFrontBonus / 2;
@@ -156,10 +156,10 @@ void scorePawn(EvalWork& w, const Position& pos, Side side, int32_t file, int32_
         value += advance(side, rank) * (w.effectivePhase * 4) / 8;
     } else {
         const PawnPath path = pathToPromotion(w, pos, side, file, rank, supported);
-        value += ruleOfTheSquare(w, pos, side, file, rank, path);
+        value += ruleOfTheSquare(w, pos, side, file, rank, value, path);
         if (w.leastAttacker[q][colour] > pieceValue[pawn] &&
             w.leastAttacker[q][enemy] != noAttacker)
             w.total[enemy] += weakPawnPenalty;
     }
-    settlePiece(w, side, q, pawn, options == 0);
+    settlePiece(w, side, q, pawn, value, options == 0);
 }

@@ -166,7 +166,10 @@ inline int32_t bonusHalved(const Position& pos, const Piece& p, int32_t target, 
     return bonus >= 0 ? bonus >> shift : -(-bonus >> shift);
 }
 
-void pawnPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r) {
+// Each placement step takes the piece's value so far and returns it with its own terms added;
+// the value stays in a register until the piece is done.
+int32_t pawnPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, int32_t r,
+                      int32_t value) {
     int32_t forked = 0; // enemy pieces above a pawn's worth on the capture squares
     int32_t smaller = pieceValue[king];
     for (int32_t df : {1, -1}) {
@@ -176,16 +179,17 @@ void pawnPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t f, 
         attack(w, p, t);
         const int32_t seen = p.side * pos.squares[t];
         if (seen == 0) continue;
-        w.squareValue[p.square] += bonusFor(pos, p, t);
+        value += bonusFor(pos, p, t);
         if (seen < -pawn) {
             ++forked;
             if (pieceValue[-seen] < smaller) smaller = pieceValue[-seen];
         }
     }
-    if (forked == 2) w.squareValue[p.square] += smaller / forkDivisor;
+    if (forked == 2) value += smaller / forkDivisor;
+    return value;
 }
 
-void knightPlacement(EvalWork& w, const Position& pos, const Piece& p) {
+int32_t knightPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t value) {
     TwoLargest attacked = {p.value, p.value};
     // The order of the jumps does not matter: every step below adds up or keeps a maximum.
     for (int32_t k = 0; k < geometry.knightCount[p.square]; ++k) {
@@ -193,11 +197,12 @@ void knightPlacement(EvalWork& w, const Position& pos, const Piece& p) {
         attack(w, p, t);
         const int32_t seen = p.side * pos.squares[t];
         if (seen == 0) continue;
-        w.squareValue[p.square] += bonusFor(pos, p, t);
+        value += bonusFor(pos, p, t);
         if (seen < 0) keepTwoLargest(attacked, pieceValue[-seen]);
     }
-    if (attacked.second > p.value) w.squareValue[p.square] += attacked.second / forkDivisor;
+    if (attacked.second > p.value) value += attacked.second / forkDivisor;
     w.piecesPresent = 1;
+    return value;
 }
 
 // A slider's attack on a square of its ray before the ray's first blocker: it counts in the
@@ -216,7 +221,8 @@ inline void attackAlongRay(EvalWork& w, const Piece& p, int32_t t, int32_t halvi
 // The walk jumps from piece to piece along the ray; the empty squares between only take the
 // attack while nothing blocks yet.
 [[gnu::always_inline]] inline void sliderRay(EvalWork& w, const Position& pos, const Piece& p,
-                                             int32_t line, bool diagonal, TwoLargest& attacked) {
+                                             int32_t line, bool diagonal, TwoLargest& attacked,
+                                             int32_t& value) {
     int32_t halvings = 0; // each occupied square after the first counts half the one before
     int32_t blockers = 0;
     int32_t firstEnemyValue = 0;
@@ -244,7 +250,7 @@ inline void attackAlongRay(EvalWork& w, const Piece& p, int32_t t, int32_t halvi
         }
         t = next;
         const int32_t seen = p.side * pos.squares[t];
-        w.squareValue[p.square] += bonusHalved(pos, p, t, halvings);
+        value += bonusHalved(pos, p, t, halvings);
         if (seen < 0) {
             const int32_t enemyValue = pieceValue[-seen];
             if (halvings == 0) {
@@ -254,17 +260,17 @@ inline void attackAlongRay(EvalWork& w, const Piece& p, int32_t t, int32_t halvi
             } else if (halvings == 1 && firstEnemySquare >= 0 && enemyValue - p.value > 0) {
                 if (firstEnemyValue < enemyValue) {
                     // A pin: the first enemy may not move without exposing the piece behind it.
-                    w.squareValue[p.square] += firstEnemyValue / pinDivisor;
+                    value += firstEnemyValue / pinDivisor;
                     if (enemyValue - p.value > pinnedFlagMargin) w.pinnedFlag[firstEnemySquare] = 1;
                 } else {
                     // A skewer: the first enemy moves away and the piece behind it falls.
-                    w.squareValue[p.square] += enemyValue / forkDivisor;
+                    value += enemyValue / forkDivisor;
                 }
             }
             ++blockers;
         } else if (diagonal) {
             if (halvings == 0 && (seen == bishop || seen == queen)) {
-                w.squareValue[p.square] += diagonalBatteryBonus;
+                value += diagonalBatteryBonus;
             } else {
                 // The slider backs up the capture of an own pawn that stands in its way.
                 if (blockers == 0 && seen == pawn && lineSteps[line][1] == p.side &&
@@ -274,7 +280,7 @@ inline void attackAlongRay(EvalWork& w, const Piece& p, int32_t t, int32_t halvi
             }
         } else {
             if (blockers == 0 && (seen == rook || seen == queen)) {
-                w.squareValue[p.square] += lineBatteryBonus;
+                value += lineBatteryBonus;
             } else {
                 ++blockers;
             }
@@ -283,28 +289,31 @@ inline void attackAlongRay(EvalWork& w, const Piece& p, int32_t t, int32_t halvi
     }
 }
 
-void sliderPlacement(EvalWork& w, const Position& pos, const Piece& p) {
+int32_t sliderPlacement(EvalWork& w, const Position& pos, const Piece& p, int32_t value) {
     TwoLargest attacked = {p.value, p.value};
     if (p.kind != rook) {
         for (int32_t line = 0; line < 4; ++line)
-            sliderRay(w, pos, p, line, true, attacked);
+            sliderRay(w, pos, p, line, true, attacked, value);
     }
     if (p.kind != bishop) {
         for (int32_t line = 4; line < 8; ++line)
-            sliderRay(w, pos, p, line, false, attacked);
+            sliderRay(w, pos, p, line, false, attacked, value);
     }
-    if (attacked.second > p.value) w.squareValue[p.square] += attacked.second / forkDivisor;
+    if (attacked.second > p.value) value += attacked.second / forkDivisor;
     w.piecesPresent = 1;
+    return value;
 }
 
-void kingPlacement(EvalWork& w, const Position& pos, const PieceLists& lists, const Piece& p) {
+int32_t kingPlacement(EvalWork& w, const Position& pos, const PieceLists& lists, const Piece& p,
+                      int32_t value) {
     // A bare king (nothing else in its list) is worth more in the centre the less is left.
-    if (lists.slots[p.colour][0][0] == 1) w.squareValue[p.square] *= gamePhase * 16;
+    if (lists.slots[p.colour][0][0] == 1) value *= gamePhase * 16;
     for (uint64_t around = geometry.kingMask[p.square]; around != 0; around &= around - 1) {
         const int32_t t = __builtin_ctzll(around);
         attack(w, p, t);
-        if (pos.squares[t] != 0) w.squareValue[p.square] += bonusFor(pos, p, t);
+        if (pos.squares[t] != 0) value += bonusFor(pos, p, t);
     }
+    return value;
 }
 
 } // namespace
@@ -320,25 +329,26 @@ void scorePlacementAndAttacks(EvalWork& w, const Position& pos, const PieceLists
             const int32_t sq = squareIndex(f, r);
             const int32_t kind = side * pos.squares[sq];
             const Piece p = {side, colour, kind, pieceValue[kind], sq};
-            w.squareValue[sq] = pieceSquareTable.value[kind][colour][sq];
+            int32_t value = pieceSquareTable.value[kind][colour][sq];
             switch (kind) {
             case pawn:
-                pawnPlacement(w, pos, p, f, r);
+                value = pawnPlacement(w, pos, p, f, r, value);
                 break;
             case knight:
-                knightPlacement(w, pos, p);
+                value = knightPlacement(w, pos, p, value);
                 break;
             case bishop:
             case rook:
             case queen:
-                sliderPlacement(w, pos, p);
+                value = sliderPlacement(w, pos, p, value);
                 break;
             case king:
-                kingPlacement(w, pos, lists, p);
+                value = kingPlacement(w, pos, lists, p, value);
                 break;
             default:
                 break;
             }
+            w.squareValue[sq] = value;
         }
     }
 }

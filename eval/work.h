@@ -17,7 +17,8 @@ constexpr int32_t hangingDivisor = 32;
 constexpr int32_t trappedDivisor = 4;
 
 // One evaluation's work arrays and running values, all indexed by square (file * 8 + rank).
-//   squareValue      value of the piece on each square, built up by both passes
+//   squareValue      value of the piece on each square, built up by both passes (each
+//                    piece's own step works on a copy and writes it back when done)
 //   attackBalance    White attacks minus Black attacks of each square
 //   leastAttacker    [square][colour]: value of the cheapest direct attacker, noAttacker if none
 //   pinnedFlag       1 for a piece pinned against a piece worth 3000 more than the pinner
@@ -106,13 +107,14 @@ static_assert(pieceValue[pawn] == 1000 && pieceValue[knight] % 1000 == 0 &&
 
 // The defence and threat step shared by pieces and pawns: the defence bonus, then the charge
 // for an attacked and insufficiently defended piece and the booking of its threat; then the
-// piece's value joins its side's total. `trapped` when the piece has no safe move.
-inline void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, bool trapped) {
+// piece's value (`worth`, as both passes have built it up) joins its side's total. `trapped`
+// when the piece has no safe move.
+inline void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, int32_t worth,
+                        bool trapped) {
     const int32_t colour = sideIndex(side);
     const int32_t enemy = 1 - colour;
     const int32_t defender = w.leastAttacker[square][colour];
-    if (defender != noAttacker)
-        w.squareValue[square] += defenceBonus.byPawns[kind][defender / 1000];
+    if (defender != noAttacker) worth += defenceBonus.byPawns[kind][defender / 1000];
 
     const int32_t attacker = w.leastAttacker[square][enemy];
     if (attacker != noAttacker) {
@@ -128,10 +130,11 @@ inline void settlePiece(EvalWork& w, Side side, int32_t square, int32_t kind, bo
         if (loss >= 1) {
             w.total[enemy] += loss / hangingDivisor;
             if (trapped) w.total[enemy] += loss / trappedDivisor;
-            bookThreat(w, side, loss / threatDivisor + w.squareValue[square], square);
+            bookThreat(w, side, loss / threatDivisor + worth, square);
         }
     }
-    w.total[colour] += w.squareValue[square];
+    w.squareValue[square] = worth;
+    w.total[colour] += worth;
 }
 
 inline int32_t chebyshev(int32_t f1, int32_t r1, int32_t f2, int32_t r2) {
