@@ -13,76 +13,101 @@ constexpr int32_t promotionGain = 9000 - 1000;
 // Beyond any balance a series can reach.
 constexpr int32_t noExchangeBound = 1000000000;
 
-// A capturer: its square and kind; kind 0 for none.
+// A capturer: its square, its kind (0 for none) and its bit in the capturer sets (below).
 struct Capturer {
     int32_t square;
     int32_t kind;
+    int32_t bit;
 };
 
 // What can reach the target during a series: the knights a knight's jump away and the first
 // piece on each of the eight lines from the target. Captures only ever empty squares, so the
 // first piece of a line changes only when it leaves, and then the next one behind it along
-// the line comes forward (an x-ray). Sixteen slots hold them, in the order capturers of equal
-// kind are taken: the knight squares in the board's knight order, then the lines 0 to 7.
-//   square[slot]          the square in the slot, -1 for none
-//   capturers[c][kind]    bit set of the slots holding a piece of colour c (0 Black, 1 White)
-//                         and that kind that can capture on the target from there: a knight,
-//                         a slider along its line, a pawn next to the target diagonally and
-//                         towards its own advance (the king is never one: it comes last)
+// the line comes forward (an x-ray). Sixteen slots hold their squares: the knight squares in
+// the board's knight order (0 to 7), then the lines 0 to 7 (8 to 15).
+//   square[slot]     the square in the slot (meaningful only where a capturer bit is set)
+//   capturers[c]     the pieces of colour c (0 Black, 1 White) that can capture on the target
+//                    from their slot: a knight, a slider along its line, a pawn next to the
+//                    target diagonally and towards its own advance (the king is never one: it
+//                    comes last). Eight bits a group, the groups in the order capturers are
+//                    taken: pawns (by line), knights (by knight slot), bishops, rooks, queens
+//                    (by line). The lowest bit is thus the least valuable capturer, the first
+//                    in slot order among equal kinds.
 struct Reach {
     int32_t square[16];
-    uint32_t capturers[2][7];
+    uint64_t capturers[2];
 };
 
 constexpr int32_t lineSlot = 8;
+constexpr int32_t groupKind[5] = {pawn, knight, bishop, rook, queen};
+// The first bit of a kind's group; the knights' group is filled by knight slot.
+constexpr int32_t groupBase[7] = {0, 0, 8, 16, 24, 32, 0};
+// Bit l of every group filled by line.
+constexpr uint64_t lineGroups =
+    uint64_t{1} | uint64_t{1} << 16 | uint64_t{1} << 24 | uint64_t{1} << 32;
 
-// Records the piece on t as the first one on line l from the target.
-static inline void enterLine(const Position& pos, Reach& reach, int32_t target, int32_t l,
-                             int32_t t) {
-    reach.square[lineSlot + l] = t;
-    if (t < 0) return;
-    const PieceCode code = pos.squares[t];
-    const Side owner = code > 0 ? white : black;
-    const int32_t kind = owner * code;
-    if (kind == queen || kind == (isDiagonal(l) ? bishop : rook) ||
-        // A pawn above the square captures downwards (Black), one below upwards (White).
-        (kind == pawn && isDiagonal(l) && t == target + geometry.step[l] &&
-         lineSteps[l][1] == -owner))
-        reach.capturers[sideIndex(owner)][kind] |= 1u << (lineSlot + l);
+// The slot of a capturer bit.
+inline int32_t slotOfBit(int32_t bit) {
+    return (bit >> 3) == 1 ? (bit & 7) : lineSlot + (bit & 7);
+}
+
+// The capturer bit of the piece on t (-1 for none) as the first one on line l from the
+// target, 0 when it cannot capture from there; its colour goes to `colour`. Worked out without
+// branches: which piece stands first on a line is hard to foresee.
+[[gnu::always_inline]] inline uint64_t lineCapturer(const Position& pos, int32_t target, int32_t l,
+                                                    int32_t t, int32_t& colour) {
+    const PieceCode code = t >= 0 ? pos.squares[t & 63] : 0;
+    colour = code > 0 ? 1 : 0;
+    const int32_t kind = code > 0 ? code : -code;
+    // A queen, and a bishop on a diagonal or a rook on a file or rank, capture from afar.
+    const uint32_t sliders =
+        isDiagonal(l) ? (1u << bishop | 1u << queen) : (1u << rook | 1u << queen);
+    uint32_t can = sliders >> kind & 1;
+    // A pawn above the square captures downwards (Black), one below upwards (White).
+    if (isDiagonal(l)) {
+        can |= static_cast<uint32_t>(kind == pawn) &
+               static_cast<uint32_t>(t == target + geometry.step[l]) &
+               static_cast<uint32_t>(lineSteps[l][1] == (code > 0 ? -1 : 1));
+    }
+    return uint64_t{can} << (groupBase[kind] + l);
 }
 
 static void findReach(const Position& pos, uint64_t occupied, int32_t target, Reach& reach) {
-    for (auto& colour : reach.capturers) {
-        for (uint32_t& kind : colour)
-            kind = 0;
-    }
-    for (int32_t k = 0; k < 8; ++k) {
-        reach.square[k] = -1;
-        if (k >= geometry.knightCount[target]) continue;
+    uint64_t sets[2] = {0, 0};
+    for (int32_t k = 0; k < geometry.knightCount[target]; ++k) {
         const int32_t t = geometry.knights[target][k];
         const PieceCode code = pos.squares[t];
-        if (code != knight && code != -knight) continue;
         reach.square[k] = t;
-        reach.capturers[code > 0 ? 1 : 0][knight] |= 1u << k;
+        sets[0] |= uint64_t{code == -knight} << (groupBase[knight] + k);
+        sets[1] |= uint64_t{code == knight} << (groupBase[knight] + k);
     }
-    for (int32_t l = 0; l < 8; ++l)
-        enterLine(pos, reach, target, l, firstOnLine(occupied, target, l));
+    for (int32_t l = 0; l < 8; ++l) {
+        const int32_t t = firstOnLine(occupied, target, l);
+        reach.square[lineSlot + l] = t;
+        int32_t colour;
+        const uint64_t bit = lineCapturer(pos, target, l, t, colour);
+        sets[0] |= colour ? 0 : bit;
+        sets[1] |= colour ? bit : 0;
+    }
+    reach.capturers[0] = sets[0];
+    reach.capturers[1] = sets[1];
 }
 
-// The capturer on `from`, of colour `colour`, has left (its square is already clear in
-// `occupied`); a king leaves its line too.
+// The capturer `leaving` of colour `colour` has left its square `from` (already clear in
+// `occupied`); a king, which has no bit, leaves its line too.
 static void leave(const Position& pos, Reach& reach, uint64_t occupied, int32_t target,
-                  int32_t from, int32_t colour) {
+                  int32_t from, int32_t colour, const Capturer& leaving) {
     const int32_t l = geometry.line[target][from];
-    if (l >= 0) {
-        for (uint32_t& kind : reach.capturers[colour])
-            kind &= ~(1u << (lineSlot + l));
-        enterLine(pos, reach, target, l, firstOnLine(occupied, from, l));
+    if (l < 0) {
+        reach.capturers[colour] &= ~(uint64_t{1} << leaving.bit); // a knight
         return;
     }
-    for (int32_t k = 0; k < 8; ++k) {
-        if (reach.square[k] == from) reach.capturers[colour][knight] &= ~(1u << k);
-    }
+    reach.capturers[colour] &= ~(lineGroups << l);
+    const int32_t t = firstOnLine(occupied, from, l);
+    reach.square[lineSlot + l] = t;
+    int32_t owner;
+    const uint64_t bit = lineCapturer(pos, target, l, t, owner);
+    reach.capturers[owner] |= bit;
 }
 
 // With the pin check on, a candidate may capture only if lifting it leaves its king safe. The
@@ -125,24 +150,23 @@ static bool kingAttackedNow(const Position& pos, uint64_t occupied, Side side,
 static Capturer leastValuableCapturer(const Position& pos, uint64_t occupied, const Reach& reach,
                                       Side side, int32_t pinCheck, const int32_t* changedSquare,
                                       int32_t changes, int32_t& safeSince) {
-    const uint32_t(&own)[7] = reach.capturers[sideIndex(side)];
-    if ((own[pawn] | own[knight] | own[bishop] | own[rook] | own[queen]) == 0) return {-1, 0};
+    const uint64_t own = reach.capturers[sideIndex(side)];
+    if (own == 0) return {-1, 0, 0};
     if (pinCheck) {
         if (kingAttackedNow(pos, occupied, side, changedSquare, changes, safeSince)) {
             safeSince = -1;
-            return {-1, 0};
+            return {-1, 0, 0};
         }
         safeSince = changes;
     }
-    // The smallest kind first, in slot order; a candidate that may not leave its square is
-    // passed over.
-    for (int32_t kind = pawn; kind <= queen; ++kind) {
-        for (uint32_t slots = own[kind]; slots != 0; slots &= slots - 1) {
-            const int32_t square = reach.square[__builtin_ctz(slots)];
-            if (usable(pos, occupied, side, square, pinCheck)) return {square, kind};
-        }
+    // In bit order; a candidate that may not leave its square is passed over.
+    for (uint64_t bits = own; bits != 0; bits &= bits - 1) {
+        const int32_t bit = __builtin_ctzll(bits);
+        const int32_t square = reach.square[slotOfBit(bit)];
+        if (usable(pos, occupied, side, square, pinCheck))
+            return {square, groupKind[bit >> 3], bit};
     }
-    return {-1, 0};
+    return {-1, 0, 0};
 }
 
 // The king of `side` as the last resort: it captures when it stands next to the square and the
@@ -151,10 +175,10 @@ static Capturer kingCapturer(const Position& pos, uint64_t occupied, Side side, 
     const int32_t at = squareIndex(kingFile(pos, side), kingRank(pos, side));
     const int32_t df = (at >> 3) - (target >> 3);
     const int32_t dr = (at & 7) - (target & 7);
-    if (df < -1 || df > 1 || dr < -1 || dr > 1) return {-1, 0};
+    if (df < -1 || df > 1 || dr < -1 || dr > 1) return {-1, 0, 0};
     // The king's own square counts as empty for the test; its content is never looked at.
     const bool safe = squareSafe(pos, occupied & ~(uint64_t{1} << at), side, target) != 0;
-    return safe ? Capturer{at, king} : Capturer{-1, 0};
+    return safe ? Capturer{at, king, 0} : Capturer{-1, 0, 0};
 }
 
 int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int32_t pinCheck,
@@ -211,7 +235,7 @@ int32_t staticExchange(Side side, Position& pos, int32_t file, int32_t rank, int
         changedCode[changes++] = pos.squares[from];
         pos.squares[from] = 0;
         occupied &= ~(uint64_t{1} << from);
-        leave(pos, reach, occupied, target, from, sideIndex(s));
+        leave(pos, reach, occupied, target, from, sideIndex(s), capturer);
         if (kindOnSquare != 0) balance += s * pieceValue[kindOnSquare];
         kindOnSquare = capturer.kind;
         if (capturer.kind == pawn && rank == (s > 0 ? 7 : 0)) {

@@ -95,10 +95,10 @@ void scorePiece(EvalWork& w, const Position& pos, Side side, int32_t file, int32
         }
         worth += knightMobilitySum.sum[moves];
     } else {
-        const bool diagonals = kind != rook;
-        const bool straights = kind != bishop;
-        for (int32_t line = 0; line < 4; ++line) {
-            if (line < 2 ? !diagonals : !straights) continue;
+        // The diagonals are lines 0 and 1, the file and the rank 2 and 3.
+        const int32_t firstLine = kind == rook ? 2 : 0;
+        const int32_t endLine = kind == bishop ? 2 : 4;
+        for (int32_t line = firstLine; line < endLine; ++line) {
             const int32_t one = lineDirections[line][0];
             const int32_t other = lineDirections[line][1];
             const int32_t count = safeMovesAlong(w, pos, side, value, square, one, other) +
