@@ -21,24 +21,36 @@ int32_t materialTerm(const Material& material) {
            materialScale[materialIndex(material.sum[0])];
 }
 
+bool evaluateLazily(const Material& material, int32_t bound, int32_t& value) {
+    ++nodeCount;
+    if (bound == 0) return false;
+    // Even the most favourable (or least favourable) estimate for White decides the bound.
+    ++boundedEvaluations;
+    const int32_t m = materialTerm(material);
+    if (2 * (m + lazyMargin) < bound) {
+        ++lazyEvaluations;
+        value = m + lazyMargin;
+        return true;
+    }
+    if (2 * (m - lazyMargin) > bound) {
+        ++lazyEvaluations;
+        value = m - lazyMargin;
+        return true;
+    }
+    return false;
+}
+
+int32_t evaluateExactly(const Material& material, const Position& pos, const PieceLists& lists,
+                        Side side) {
+    evaluatePosition(pos, lists, side);
+    return materialTerm(material) + positionalTotal[1] - positionalTotal[0];
+}
+
 int32_t evaluate(const Material& material, const Position& pos, const PieceLists& lists, Side side,
                  int32_t bound) {
-    ++nodeCount;
-    const int32_t m = materialTerm(material);
-    if (bound != 0) {
-        // Even the most favourable (or least favourable) estimate for White decides the bound.
-        ++boundedEvaluations;
-        if (2 * (m + lazyMargin) < bound) {
-            ++lazyEvaluations;
-            return m + lazyMargin;
-        }
-        if (2 * (m - lazyMargin) > bound) {
-            ++lazyEvaluations;
-            return m - lazyMargin;
-        }
-    }
-    evaluatePosition(pos, lists, side);
-    return m + positionalTotal[1] - positionalTotal[0];
+    int32_t value = 0;
+    if (evaluateLazily(material, bound, value)) return value;
+    return evaluateExactly(material, pos, lists, side);
 }
 
 // Settles the threats of the pass: the side to move saves its most threatened piece (unless it

@@ -29,5 +29,13 @@ int32_t materialTerm(const Material& material);
 int32_t evaluate(const Material& material, const Position& pos, const PieceLists& lists, Side side,
                  int32_t bound);
 
+// evaluate in two steps, for a caller that may end up not needing the exact value: the entry
+// with its counting and the lazy test (true, with the estimate in `value`, when the material
+// alone decides against the bound), then the rest, the positional evaluation and the exact
+// value. evaluate is the two in a row.
+bool evaluateLazily(const Material& material, int32_t bound, int32_t& value);
+int32_t evaluateExactly(const Material& material, const Position& pos, const PieceLists& lists,
+                        Side side);
+
 // The positional evaluation alone: fills positionalTotal.
 void evaluatePosition(const Position& pos, const PieceLists& lists, Side side);

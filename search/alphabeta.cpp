@@ -387,9 +387,17 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
         }
     }
 
-    // 6. Static value of the node.
+    // 6. Static value of the node, for futility. It is counted here, as the evaluation entry
+    //    counts it; when the material alone does not settle it against the bound, the
+    //    positional evaluation waits until a move first asks for the value: most nodes end
+    //    before any does.
     int32_t staticValue = 0;
-    if (level < 2) staticValue = 2 * side * evaluate(material, pos, lists, side, side * testBound);
+    bool staticValueKnown = true;
+    if (level < 2) {
+        int32_t estimate = 0;
+        staticValueKnown = evaluateLazily(material, side * testBound, estimate);
+        staticValue = 2 * side * estimate;
+    }
 
     // 7. Push the node's key.
     ++control.keyCount;
@@ -451,7 +459,7 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
             continue;
         }
         knowAttacks(attacks, pos, lists, side);
-        const MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
+        MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (mover != king &&
             !(inCheck == 0 && !enPassant
                   ? kingSafeAfterMoveFrom(pos, side, squareIndex(m.fromFile, m.fromRank))
@@ -488,6 +496,16 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
                                 moveThreat, side, m, mover, captures, pos);
             // Futility: a quiet move far below the bound close to the horizon.
             if (childCheck != 2 && !captures && m.promotion == 0) {
+                if (!staticValueKnown && distance - 8 < d && d <= distance + 8) {
+                    // The first move to ask: the node's own position is evaluated, the move
+                    // taken back for it and made again.
+                    takeBack(side, pos, lists, m, undo);
+                    staticValue = 2 * side * evaluateExactly(material, pos, lists, side);
+                    staticValueKnown = true;
+                    childKey = key;
+                    childMaterial = material;
+                    undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
+                }
                 if (d <= distance && distance < d + 8 && staticValue < testBound - futilityMargin) {
                     v = testBound - futilityMargin - 1;
                     pruned = v != -noValue;
