@@ -458,7 +458,9 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
             control.fiftyMoveCounter = fiftyBefore;
             continue;
         }
-        knowAttacks(attacks, pos, lists, side);
+        // At levels 0 and 1 every move may need an exchange, tested against the node's attack
+        // sets; deep in quiescence the few captures test their targets one by one.
+        if (level < 2) knowAttacks(attacks, pos, lists, side);
         MoveUndo undo = playOnBoard(childKey, side, pos, lists, m, childMaterial);
         if (mover != king &&
             !(inCheck == 0 && !enPassant
@@ -541,7 +543,9 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
                 if (distance < d + 8) {
                     e = side * evaluate(childMaterial, pos, lists, -side, side * testBound);
                 } else {
-                    if (!exchangeKnown && reachable(pos, m, enPassant || castles, attacks, -side))
+                    // The opponent can start an exchange only on a target it attacks now.
+                    if (!exchangeKnown &&
+                        (enPassant || castles || !isSquareSafe(pos, side, m.toFile, m.toRank)))
                         exchange = side * staticExchange(-side, pos, m.toFile, m.toRank, 1,
                                                          sideKingSafe | opponentKingSafe);
                     e = side * evaluate(childMaterial, pos, lists, -side,
