@@ -107,15 +107,17 @@ static void kingMoves(Side side, MoveList& list, int32_t& last, Position& pos, i
     const bool onHomeSquare = f == 4 && r == home;
     pos.squares[squareIndex(f, r)] = 0;
     const uint64_t occupied = occupancy(pos);
-    for (int32_t tf = f - 1; tf <= f + 1; ++tf) {
-        for (int32_t tr = r - 1; tr <= r + 1; ++tr) {
-            if ((tf == f && tr == r) || !onBoard(tf, tr)) continue;
-            if (side * pos.squares[squareIndex(tf, tr)] > mode) continue;
-            if (!squareSafe(pos, occupied, side, squareIndex(tf, tr))) continue;
-            addMove(list, last, f, r, tf, tr, 0);
-            if (onHomeSquare && tr == home && castlingAllowed(side, pos, home, tf))
-                addMove(list, last, f, r, tf == 3 ? 2 : 6, r, 0);
-        }
+    // The neighbours file by file and rank by rank upwards, which is square index order.
+    for (uint64_t around = geometry.kingMask[squareIndex(f, r)]; around != 0;
+         around &= around - 1) {
+        const int32_t t = __builtin_ctzll(around);
+        if (side * pos.squares[t] > mode) continue;
+        if (!squareSafe(pos, occupied, side, t)) continue;
+        const int32_t tf = t >> 3;
+        const int32_t tr = t & 7;
+        addMove(list, last, f, r, tf, tr, 0);
+        if (onHomeSquare && tr == home && castlingAllowed(side, pos, home, tf))
+            addMove(list, last, f, r, tf == 3 ? 2 : 6, r, 0);
     }
     pos.squares[squareIndex(f, r)] = king * side;
 }

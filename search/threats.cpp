@@ -93,12 +93,10 @@ void directThreats(const Position& pos, uint64_t occupied, Side side, int32_t tf
         }
         break;
     case knight:
-        for (const auto& step : knightSteps) {
-            const int32_t f = tf + step[0];
-            const int32_t r = tr + step[1];
-            if (!onBoard(f, r)) continue;
-            const int32_t seen = side * pos.squares[squareIndex(f, r)];
-            if (seen < 0) keep(pair, threatValue(-seen, knight), f, r);
+        for (int32_t k = 0; k < geometry.knightCount[to]; ++k) {
+            const int32_t t = geometry.knights[to][k];
+            const int32_t seen = side * pos.squares[t];
+            if (seen < 0) keep(pair, threatValue(-seen, knight), t >> 3, t & 7);
         }
         break;
     case bishop:
