@@ -40,9 +40,65 @@ bool evaluateLazily(const Material& material, int32_t bound, int32_t& value) {
     return false;
 }
 
+namespace {
+
+// The positional totals of recent full evaluations. A search meets the same position again and
+// again, since every test of the driver walks the tree anew and the positions evaluated from
+// the parent's side have no table entries of their own. An entry is found by a check value of
+// everything the positional evaluation reads: each side's list slot by slot with the piece in
+// it (the order of the lists decides ties between threats, so a position whose pieces sit in
+// other slots is another entry), the castling rights, the side to move and gamePhase. The check
+// has 64 bits, as the keys of the transposition tables do.
+struct CachedEvaluation {
+    uint64_t check; // 0 for an empty entry
+    int32_t total[2];
+};
+constexpr int32_t evaluationCacheBits = 14;
+CachedEvaluation evaluationCache[1 << evaluationCacheBits];
+
+inline uint64_t mixCheck(uint64_t h, uint64_t word) {
+    h = (h ^ word) * 0xff51afd7ed558ccdu;
+    return h ^ (h >> 32);
+}
+
+uint64_t evaluationCheck(const Position& pos, const PieceLists& lists, Side side) {
+    uint64_t checks[2];
+    for (int32_t c = 0; c < 2; ++c) {
+        const int32_t(*list)[2] = lists.slots[c];
+        uint64_t h = 0x9e3779b97f4a7c15u * static_cast<uint64_t>(c + 1);
+        h = mixCheck(h, static_cast<uint64_t>(list[0][0]));
+        for (int32_t slot = list[0][0]; slot >= 1; --slot) {
+            const int32_t f = list[slot][0];
+            const int32_t r = list[slot][1];
+            // A captured piece's slot counts as such; a live one by its square and code.
+            const uint64_t word =
+                f < 0 ? 0xffff
+                      : static_cast<uint64_t>(squareIndex(f, r)) |
+                            static_cast<uint64_t>(pos.squares[squareIndex(f, r)] + 8) << 6;
+            h = mixCheck(h, word);
+        }
+        checks[c] = h;
+    }
+    const uint64_t rest = static_cast<uint64_t>(gamePhase + 1) << 8 |
+                          static_cast<uint64_t>(pos.whiteCastling) << 4 |
+                          static_cast<uint64_t>(pos.blackCastling) << 2 | (side > 0 ? 1u : 2u);
+    const uint64_t check = mixCheck(mixCheck(checks[0], checks[1]), rest);
+    return check != 0 ? check : 1;
+}
+
+} // namespace
+
 int32_t evaluateExactly(const Material& material, const Position& pos, const PieceLists& lists,
                         Side side) {
-    evaluatePosition(pos, lists, side);
+    const uint64_t check = evaluationCheck(pos, lists, side);
+    CachedEvaluation& cached = evaluationCache[check & ((1u << evaluationCacheBits) - 1)];
+    if (cached.check == check) {
+        positionalTotal[0] = cached.total[0];
+        positionalTotal[1] = cached.total[1];
+    } else {
+        evaluatePosition(pos, lists, side);
+        cached = {check, {positionalTotal[0], positionalTotal[1]}};
+    }
     return materialTerm(material) + positionalTotal[1] - positionalTotal[0];
 }
 

@@ -280,4 +280,38 @@ TEST(Evaluate, SettlingOfThreats) {
     }
 }
 
+// The totals of positions evaluated before are kept and given again; a position that differs
+// from a kept one only in its castling rights, the side to move or the game phase is evaluated
+// afresh. Each pair is checked to differ when evaluated directly, then evaluated in turn through
+// the entry, twice, against the direct figures.
+TEST(Evaluate, KeptTotalsOfRepeatedPositions) {
+    const char* const hanging = "k7/8/8/3Pp3/2PRP3/3P4/1p6/N6K w - - 0 1";
+    const std::tuple<Text, Side, int32_t, Text, Side, int32_t> pairs[] = {
+        {startFen, white, 0, "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w kq - 0 1", white, 0},
+        {hanging, white, 5, hanging, black, 5}, // Black gains 490 or 1288
+        {castled, white, 0, castled, white, 3},
+    };
+    const int32_t phase = gamePhase;
+    for (const auto& [fenA, sideA, phaseA, fenB, sideB, phaseB] : pairs) {
+        SCOPED_TRACE(std::string(fenA) + " / " + fenB);
+        const Board a(fenA);
+        const Board b(fenB);
+        const auto direct = [](const Board& board, Side side, int32_t p) {
+            gamePhase = p;
+            evaluatePosition(board.pos, board.lists, side);
+            return materialTerm(board.material) + positionalTotal[1] - positionalTotal[0];
+        };
+        const int32_t valueA = direct(a, sideA, phaseA);
+        const int32_t valueB = direct(b, sideB, phaseB);
+        ASSERT_NE(valueA, valueB);
+        for (int32_t round = 0; round < 2; ++round) {
+            gamePhase = phaseA;
+            EXPECT_EQ(evaluate(a.material, a.pos, a.lists, sideA, 0), valueA);
+            gamePhase = phaseB;
+            EXPECT_EQ(evaluate(b.material, b.pos, b.lists, sideB, 0), valueB);
+        }
+    }
+    gamePhase = phase;
+}
+
 } // namespace
