@@ -51,11 +51,12 @@ inline int32_t slotOfBit(int32_t bit) {
     return (bit >> 3) == 1 ? (bit & 7) : lineSlot + (bit & 7);
 }
 
-// The capturer bit of the piece on t (-1 for none) as the first one on line l from the
-// target, 0 when it cannot capture from there; its colour goes to `colour`. Worked out without
-// branches: which piece stands first on a line is hard to foresee.
-[[gnu::always_inline]] inline uint64_t lineCapturer(const Position& pos, int32_t target, int32_t l,
-                                                    int32_t t, int32_t& colour) {
+// Records t (-1 for none) as the first piece on line l from the target and returns its
+// capturer bit, 0 when it cannot capture from there; its colour goes to `colour`. Worked out
+// without branches: which piece stands first on a line is hard to foresee.
+[[gnu::always_inline]] inline uint64_t enterLine(const Position& pos, Reach& reach, int32_t target,
+                                                 int32_t l, int32_t t, int32_t& colour) {
+    reach.square[lineSlot + l] = t;
     const PieceCode code = t >= 0 ? pos.squares[t & 63] : 0;
     colour = code > 0 ? 1 : 0;
     const int32_t kind = code > 0 ? code : -code;
@@ -82,10 +83,9 @@ static void findReach(const Position& pos, uint64_t occupied, int32_t target, Re
         sets[1] |= uint64_t{code == knight} << (groupBase[knight] + k);
     }
     for (int32_t l = 0; l < 8; ++l) {
-        const int32_t t = firstOnLine(occupied, target, l);
-        reach.square[lineSlot + l] = t;
         int32_t colour;
-        const uint64_t bit = lineCapturer(pos, target, l, t, colour);
+        const uint64_t bit =
+            enterLine(pos, reach, target, l, firstOnLine(occupied, target, l), colour);
         sets[0] |= colour ? 0 : bit;
         sets[1] |= colour ? bit : 0;
     }
@@ -103,10 +103,8 @@ static void leave(const Position& pos, Reach& reach, uint64_t occupied, int32_t 
         return;
     }
     reach.capturers[colour] &= ~(lineGroups << l);
-    const int32_t t = firstOnLine(occupied, from, l);
-    reach.square[lineSlot + l] = t;
     int32_t owner;
-    const uint64_t bit = lineCapturer(pos, target, l, t, owner);
+    const uint64_t bit = enterLine(pos, reach, target, l, firstOnLine(occupied, from, l), owner);
     reach.capturers[owner] |= bit;
 }
 

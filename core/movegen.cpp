@@ -196,17 +196,17 @@ static int32_t kingMoveIsPseudoLegal(Position& pos, Side side, int32_t ff, int32
     const int32_t home = side > 0 ? 0 : 7;
     int32_t accepted = 0;
     pos.squares[squareIndex(ff, fr)] = 0;
-    for (int32_t nf = ff - 1; nf <= ff + 1 && !accepted; ++nf) {
-        for (int32_t nr = fr - 1; nr <= fr + 1 && !accepted; ++nr) {
-            if ((nf == ff && nr == fr) || !onBoard(nf, nr)) continue;
-            if (side * pos.squares[squareIndex(nf, nr)] > 0) continue;
-            if (!isSquareSafe(pos, side, nf, nr)) continue;
-            if (nf == tf && nr == tr) {
-                accepted = 1;
-            } else if (ff == 4 && fr == home && nr == home && tr == home &&
-                       tf - ff == 2 * (nf - ff)) {
-                accepted = castlingAllowed(side, pos, home, nf) ? 1 : 0;
-            }
+    for (uint64_t around = geometry.kingMask[squareIndex(ff, fr)]; around != 0 && !accepted;
+         around &= around - 1) {
+        const int32_t n = __builtin_ctzll(around);
+        const int32_t nf = n >> 3;
+        const int32_t nr = n & 7;
+        if (side * pos.squares[n] > 0) continue;
+        if (!isSquareSafe(pos, side, nf, nr)) continue;
+        if (nf == tf && nr == tr) {
+            accepted = 1;
+        } else if (ff == 4 && fr == home && nr == home && tr == home && tf - ff == 2 * (nf - ff)) {
+            accepted = castlingAllowed(side, pos, home, nf) ? 1 : 0;
         }
     }
     pos.squares[squareIndex(ff, fr)] = king * side;

@@ -1,6 +1,7 @@
 // Second pass of the evaluation for a king: its safe moves, the control of the squares around
 // it, the pawn shelter of a castled king or the prospects of one that may still castle, and a
 // check, booked as the largest threat against its side.
+#include "core/attacks.h"
 #include "eval/values.h"
 #include "eval/work.h"
 
@@ -163,15 +164,12 @@ void scoreKing(EvalWork& w, const Position& pos, const PieceLists& lists, Side s
     int32_t worth = w.squareValue[q]; // the king's value in this evaluation so far
     const int32_t moves = kingMobility(w, pos, side, file, rank, worth);
 
-    for (int32_t tf = file - 1; tf <= file + 1; ++tf) {
-        for (int32_t tr = rank - 1; tr <= rank + 1; ++tr) {
-            if ((tf == file && tr == rank) || !onBoard(tf, tr)) continue;
-            const int32_t held = side * w.attackBalance[squareIndex(tf, tr)];
-            if (held >= 2) {
-                worth += kingSquareControlBonus;
-            } else if (held < 0) {
-                w.total[enemy] += kingSquareLossPenalty;
-            }
+    for (uint64_t around = geometry.kingMask[q]; around != 0; around &= around - 1) {
+        const int32_t held = side * w.attackBalance[__builtin_ctzll(around)];
+        if (held >= 2) {
+            worth += kingSquareControlBonus;
+        } else if (held < 0) {
+            w.total[enemy] += kingSquareLossPenalty;
         }
     }
     if (w.effectivePhase == 0) worth /= 4;

@@ -409,9 +409,9 @@ int32_t alphaBetaWithMemory(SearchControl& control, PositionKey key, int32_t dep
     const int32_t fiftyBefore = control.fiftyMoveCounter;
     int32_t inCheck = -1;      // whether the side to move is in check: -1 until it is needed
     uint64_t checkAnswers = 0; // in check: the squares where a move can answer it
-    // The squares the opponent attacks before the move and the occupied squares, worked out
-    // at the first exchange the node needs: a move to a square the opponent cannot reach
-    // afterwards starts no exchange.
+    // At levels 0 and 1 the squares the opponent attacks before the move and the occupied
+    // squares are worked out at the first exchange the node needs: a move to a square the
+    // opponent cannot reach afterwards starts no exchange.
     for (int32_t i = 0; i <= lastIndex && best < testBound && searchRunning; ++i) {
         if (i >= probe.frontMoves) {
             // The first of the best scores; a pending capture that comes up gets its exchange
